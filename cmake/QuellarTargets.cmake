@@ -1,0 +1,50 @@
+# SPDX-License-Identifier: MIT
+
+# Flags that every target of ours has; libraries of others are included as system headers.
+add_library(quellar_flags INTERFACE)
+target_compile_options(quellar_flags INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # In optimised code g++ 12 sees overlapping copies in "text" + std::string, and alternatives of a std::variant that it
+  # does not hold as uninitialised; clang-tidy looks for the real ones.
+  target_compile_options(quellar_flags INTERFACE -Wno-restrict -Wno-maybe-uninitialized)
+endif()
+if(QUELLAR_SANITIZE)
+  target_compile_options(quellar_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(quellar_flags INTERFACE -fsanitize=address,undefined)
+else()
+  # The hardening that a distribution builds with.
+  target_compile_options(quellar_flags INTERFACE $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2> -fstack-protector-strong -fstack-clash-protection)
+  target_link_options(quellar_flags INTERFACE -Wl,-z,relro,-z,now)
+endif()
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+# quellar_folder(FOLDER SOURCES ... USES targets ... LIBRARIES targets ...)
+#
+# Makes the target of one folder: quellar_<folder>, "/" written "_". Its headers are included as
+# "<folder>/name.h" through a folder of links that holds this one folder only, so that a target sees
+# exactly the folders it USES (and theirs), and an include against the arrows does not compile.
+function(quellar_folder folder)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES;LIBRARIES;PRIVATE_LIBRARIES" ${ARGN})
+  string(REPLACE "/" "_" name ${folder})
+  set(target quellar_${name})
+  set(root ${CMAKE_BINARY_DIR}/include/${name})
+  get_filename_component(parent ${root}/${folder} DIRECTORY)
+  file(MAKE_DIRECTORY ${parent})
+  file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${folder} ${root}/${folder} SYMBOLIC)
+  if(NOT ARG_SOURCES)
+    add_library(${target} INTERFACE)
+    target_include_directories(${target} INTERFACE ${root})
+    target_link_libraries(${target} INTERFACE ${ARG_USES} ${ARG_LIBRARIES})
+    return()
+  endif()
+  add_library(${target} STATIC ${ARG_SOURCES})
+  target_include_directories(${target} PUBLIC ${root})
+  target_link_libraries(${target} PUBLIC ${ARG_USES} ${ARG_LIBRARIES} PRIVATE ${ARG_PRIVATE_LIBRARIES} quellar_flags)
+endfunction()
+
+# quellar_program(NAME SOURCES ... USES targets ...): an executable in build/<preset>/bin.
+function(quellar_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_USES} quellar_flags)
+endfunction()

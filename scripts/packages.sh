@@ -1,0 +1,53 @@
+# SPDX-License-Identifier: MIT
+# shellcheck shell=bash disable=SC2034  # The lists are for the scripts that read this file.
+
+# The Debian 12 packages that this project needs, and for what. They are named here and nowhere else.
+
+build_packages=(
+  ccache
+  cmake
+  g++
+  libcli11-dev
+  libgl-dev
+  libplist-dev
+  librsvg2-bin
+  libsdbus-c++-dev
+  ninja-build
+  nlohmann-json3-dev
+  pkg-config
+  qt6-base-dev
+  qt6-declarative-dev
+)
+
+run_packages=(
+  dbus
+  fonts-inter
+  qml6-module-qt-labs-qmlmodels
+  qml6-module-qtqml
+  qml6-module-qtqml-models
+  qml6-module-qtqml-workerscript
+  qml6-module-qtquick
+  qml6-module-qtquick-controls
+  qml6-module-qtquick-layouts
+  qml6-module-qtquick-templates
+  qml6-module-qtquick-window
+  qt6-wayland
+)
+
+test_packages=(
+  at-spi2-core
+  clang-format-19
+  clang-tidy-19
+  dbus-daemon
+  git
+  libatspi2.0-dev
+  libgmock-dev
+  libgtest-dev
+  shellcheck
+  strace
+  xvfb
+)
+
+bench_packages=(
+  libbenchmark-dev
+)
