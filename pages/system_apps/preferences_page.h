@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "frame/list_controller.h"
+
+namespace quellar::pages {
+
+class KVQuellarPreferencesListController : public frame::KVQuellarListController {
+ public:
+  explicit KVQuellarPreferencesListController(platform::Platform& platform)
+      : KVQuellarListController(platform, page()) {}
+
+  static const frame::Page& page();
+};
+
+}  // namespace quellar::pages
