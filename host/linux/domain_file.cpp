@@ -1,0 +1,300 @@
+// SPDX-License-Identifier: MIT
+#include "host/linux/domain_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+#include <thread>
+#include <utility>
+
+#include "host/linux/posix_call.h"
+#include "host/linux/property_list_file.h"
+
+namespace quellar::host::linux {
+
+namespace {
+
+constexpr mode_t kFileMode = 0600;
+
+/// Creates a file that must not be there yet; none with EEXIST in errno where it is.
+FileDescriptor createNew(int folder, const std::string& name, const std::filesystem::path& file) {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  FileDescriptor created(retried([&] { return ::openat(folder, name.c_str(), kFlags, kFileMode); }));
+  if (!created) {
+    if (errno == EEXIST) return created;
+    throwErrno(file, "can't create " + name);
+  }
+  // The umask took bits from the mode.
+  if (retried([&] { return ::fchmod(created.get(), kFileMode); }) != 0) throwErrno(file, "can't create " + name);
+  return created;
+}
+
+void removeName(int folder, const std::string& name, const std::filesystem::path& file) {
+  if (retried([&] { return ::unlinkat(folder, name.c_str(), 0); }) != 0 && errno != ENOENT) {
+    throwErrno(file, "can't remove " + name);
+  }
+}
+
+/// Removes a name where nothing can be done about a failure.
+void tryToRemoveName(int folder, const std::string& name) {
+  static_cast<void>(retried([&] { return ::unlinkat(folder, name.c_str(), 0); }));
+}
+
+/// Closes a file that was written; some file systems tell only now that they could not take it.
+void closeWritten(FileDescriptor written, const std::filesystem::path& file) {
+  // Linux closes the descriptor even where a signal interrupts it.
+  if (::close(written.release()) != 0 && errno != EINTR) throwErrno(file);
+}
+
+bool cannotLink(int error) {
+  return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK || error == EXDEV;
+}
+
+FileDescriptor openLock(const DomainPlace& place) {
+  const std::string name = place.lockName();
+  while (true) {
+    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    FileDescriptor lock(retried([&] { return ::openat(place.folder(), name.c_str(), kFlags); }));
+    if (lock) return lock;
+    if (errno != ENOENT) throwErrno(place.file, "can't open " + name);
+    lock = createNew(place.folder(), name, place.file);
+    if (lock) return lock;
+  }
+}
+
+bool tryLock(const FileDescriptor& lock, const DomainPlace& place) {
+  if (retried([&] { return ::flock(lock.get(), LOCK_EX | LOCK_NB); }) == 0) return true;
+  if (errno != EWOULDBLOCK) throwErrno(place.file, "can't lock " + place.lockName());
+  return false;
+}
+
+void unlock(const FileDescriptor& lock) {
+  retried([&] { return ::flock(lock.get(), LOCK_UN); });
+}
+
+void sync(int descriptor, const std::filesystem::path& file) {
+  if (retried([&] { return ::fsync(descriptor); }) != 0) throwErrno(file, "can't flush it");
+}
+
+/// Opens the domain file itself, or nothing.
+FileDescriptor openDomainFile(const DomainPlace& place) {
+  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  FileDescriptor opened(retried([&] { return ::openat(place.folder(), place.name().c_str(), kFlags); }));
+  if (!opened && errno != ENOENT) throwErrno(place.file);
+  return opened;
+}
+
+bool isWholeDomain(const FileDescriptor& opened, const std::filesystem::path& file) {
+  try {
+    const std::optional<std::string> bytes = readWhole(opened.get(), kMaxPropertyListBytes, file);
+    if (!bytes) return false;
+    static_cast<void>(PropertyListDictionary(*bytes));
+    return true;
+  } catch (const PropertyListError&) {
+    return false;
+  }
+}
+
+/// Gives the domain file, which was just flushed, its second name. Needs the lock.
+void keepFlushed(const DomainPlace& place, const FileVersion& flushed) {
+  const std::optional<FileVersion> kept = versionAt(place.folder(), place.flushedName(), place.file);
+  // Renaming a link over another one of the same file would do nothing and leave both.
+  if (kept && kept->isSameFile(flushed)) return;
+  const std::string temporary = place.temporaryName();
+  removeName(place.folder(), temporary, place.file);
+  if (retried([&] { return ::linkat(place.folder(), place.name().c_str(), place.folder(), temporary.c_str(), 0); }) !=
+      0) {
+    // Without second names a power cut between a write and its flush can cost the domain.
+    if (cannotLink(errno)) return;
+    throwErrno(place.file, "can't link " + temporary);
+  }
+  if (retried([&] {
+        return ::renameat(place.folder(), temporary.c_str(), place.folder(), place.flushedName().c_str());
+      }) != 0) {
+    const int error = errno;
+    tryToRemoveName(place.folder(), temporary);
+    errno = error;
+    throwErrno(place.file, "can't rename " + temporary);
+  }
+}
+
+/// Flushes the file with what is needed for it to be found; the lock is held by the caller or taken in between.
+std::optional<FlushedVersion> flushOnce(const DomainPlace& place, const std::chrono::milliseconds* lockLimit,
+                                        bool& wasReplaced) {
+  wasReplaced = false;
+  const FileDescriptor opened = openDomainFile(place);
+  if (!opened) return std::nullopt;
+  sync(opened.get(), place.file);
+  const bool isWhole = isWholeDomain(opened, place.file);
+  FlushedVersion flushed;
+  {
+    std::optional<DomainLock> lock;
+    if (lockLimit != nullptr) lock.emplace(place, *lockLimit);
+    flushed.before = versionOf(opened.get(), place.file);
+    const std::optional<FileVersion> current = place.version();
+    wasReplaced = !current || !current->isSameFile(flushed.before);
+    if (wasReplaced) return std::nullopt;
+    if (isWhole) keepFlushed(place, flushed.before);
+    flushed.after = versionOf(opened.get(), place.file);
+  }
+  sync(place.folder(), place.file);
+  return flushed;
+}
+
+}  // namespace
+
+std::chrono::nanoseconds FileVersion::age() const {
+  timespec now{};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  return std::chrono::seconds(now.tv_sec - changedSeconds) + std::chrono::nanoseconds(now.tv_nsec - changedNanoseconds);
+}
+
+FileVersion versionOf(int descriptor, const std::filesystem::path& file) {
+  struct stat status{};
+  if (retried([&] { return ::fstat(descriptor, &status); }) != 0) throwErrno(file);
+  return FileVersion(status);
+}
+
+std::optional<FileVersion> versionAt(int folder, const std::string& name, const std::filesystem::path& file) {
+  struct stat status{};
+  if (retried([&] { return ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW); }) == 0) {
+    return FileVersion(status);
+  }
+  if (errno != ENOENT) throwErrno(file);
+  return std::nullopt;
+}
+
+DomainLock::DomainLock(const DomainPlace& place, std::chrono::milliseconds limit) : lock_(openLock(place)) {
+  using Clock = std::chrono::steady_clock;
+  constexpr std::chrono::microseconds kLongestPause{2000};
+  std::chrono::microseconds pause{50};
+  const Clock::time_point start = Clock::now();
+  // flock(2) can't wait for a time, and another kind of lock would not be given up by each kind of death.
+  while (!tryLock(lock_, place)) {
+    if (Clock::now() - start >= limit) {
+      throw FileError(place.file, "another program has kept " + place.lockName() + " locked for " +
+                                      std::to_string(limit.count()) + " ms");
+    }
+    std::this_thread::sleep_for(pause);
+    pause = std::min(2 * pause, kLongestPause);
+  }
+}
+
+DomainLock::~DomainLock() {
+  unlock(lock_);
+}
+
+NextVersion::NextVersion(const DomainPlace& place, std::string_view bytes) : place_(place) {
+  const std::string name = place.temporaryName();
+  FileDescriptor written = createNew(place.folder(), name, place.file);
+  if (!written) {
+    removeName(place.folder(), name, place.file);
+    written = createNew(place.folder(), name, place.file);
+    if (!written) throwErrno(place.file, "can't create " + name);
+  }
+  try {
+    writeWhole(written.get(), bytes, place.file);
+    handle_ = FileDescriptor(
+        retried([&] { return ::openat(place.folder(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC); }));
+    if (!handle_) throwErrno(place.file, "can't open " + name);
+    closeWritten(std::move(written), place.file);
+  } catch (...) {
+    tryToRemoveName(place.folder(), name);
+    throw;
+  }
+}
+
+NextVersion::~NextVersion() {
+  if (!isCommitted_) tryToRemoveName(place_.folder(), place_.temporaryName());
+}
+
+void NextVersion::commit() {
+  const std::string name = place_.temporaryName();
+  if (retried([&] { return ::renameat(place_.folder(), name.c_str(), place_.folder(), place_.name().c_str()); }) != 0) {
+    throwErrno(place_.file, "can't replace it");
+  }
+  isCommitted_ = true;
+}
+
+SafetyCopy::SafetyCopy(const DomainPlace& place, const std::string& stem, const FileDescriptor& source,
+                       const std::string& name)
+    : place_(place) {
+  const FileVersion version = versionOf(source.get(), place.file);
+  const std::optional<FileVersion> named = name.empty() ? std::nullopt : versionAt(place.folder(), name, place.file);
+  bool byLink = named && named->isSameFile(version);
+  for (int number = 1;; ++number) {
+    copyName_ = stem + "-" + std::to_string(number);
+    if (byLink) {
+      if (retried([&] { return ::linkat(place.folder(), name.c_str(), place.folder(), copyName_.c_str(), 0); }) == 0) {
+        return;
+      }
+      if (cannotLink(errno)) {
+        byLink = false;
+      } else if (errno != EEXIST) {
+        throwErrno(place.file, "can't copy it to " + copyName_);
+      }
+    }
+    if (const std::optional<FileVersion> there = versionAt(place.folder(), copyName_, place.file)) {
+      if (!there->isSameFile(version)) continue;
+      // A writer that died had just made it.
+      isKept_ = true;
+      return;
+    }
+    FileDescriptor copy = createNew(place.folder(), copyName_, place.file);
+    if (!copy) continue;
+    try {
+      std::array<char, 65536> block{};
+      off_t at = 0;
+      while (true) {
+        const ssize_t got = retried([&] { return ::pread(source.get(), block.data(), block.size(), at); });
+        if (got < 0) throwErrno(place.file);
+        if (got == 0) break;
+        writeWhole(copy.get(), {block.data(), static_cast<std::size_t>(got)}, place.file);
+        at += got;
+      }
+      closeWritten(std::move(copy), place.file);
+    } catch (...) {
+      tryToRemoveName(place.folder(), copyName_);
+      throw;
+    }
+    return;
+  }
+}
+
+SafetyCopy::~SafetyCopy() {
+  if (!isKept_) tryToRemoveName(place_.folder(), copyName_);
+}
+
+std::optional<FlushedVersion> flushDomainFile(const DomainPlace& place, std::chrono::milliseconds lockLimit) {
+  constexpr int kTriesWithoutLock = 3;
+  for (int tries = 0; tries < kTriesWithoutLock; ++tries) {
+    bool wasReplaced = false;
+    std::optional<FlushedVersion> flushed = flushOnce(place, &lockLimit, wasReplaced);
+    if (!wasReplaced) return flushed;
+  }
+  const DomainLock lock(place, lockLimit);
+  return flushLockedDomainFile(place);
+}
+
+std::optional<FlushedVersion> flushLockedDomainFile(const DomainPlace& place) {
+  bool wasReplaced = false;
+  return flushOnce(place, nullptr, wasReplaced);
+}
+
+void removeLeftovers(const DomainPlace& place) {
+  if (!versionAt(place.folder(), place.temporaryName(), place.file)) return;
+  try {
+    const FileDescriptor lock = openLock(place);
+    if (!tryLock(lock, place)) return;
+    tryToRemoveName(place.folder(), place.temporaryName());
+    unlock(lock);
+  } catch (const FileError&) {
+    // No reason not to read the domain: the next write removes it, or says why it can't.
+  }
+}
+
+}  // namespace quellar::host::linux

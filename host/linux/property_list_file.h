@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "host/linux/property_list_rules.h"
+#include "platform/value.h"
+
+// The door to property-list files, and the one place that knows libplist. What comes in is checked before that library
+// sees it, because it is lenient; what goes out is checked before it is stored, so that what is written can be read.
+//
+// libplist knows integers that platform::Value does not: unsigned ones from 2^63 on read as the nearest real, and UIDs
+// as the dictionary {"CF$UID": number} that they are in XML. They are kept as they are in a dictionary that is edited,
+// unless the value that stands in their place is another one.
+
+namespace quellar::host::linux {
+
+/// A property list in its binary form.
+class EncodedPropertyList {
+ public:
+  EncodedPropertyList(char* bytes, std::uint32_t size) : bytes_(bytes), size_(size) {}
+  [[nodiscard]] std::string_view bytes() const { return {bytes_.get(), size_}; }
+
+ private:
+  struct Free {
+    void operator()(char* bytes) const;
+  };
+  std::unique_ptr<char, Free> bytes_;
+  std::uint32_t size_;
+};
+
+struct PropertyListNodeFree {
+  void operator()(void* node) const;
+};
+/// A node of libplist (plist_t) with all below it.
+using PropertyListNode = std::unique_ptr<void, PropertyListNodeFree>;
+
+/// Reads a whole property list, binary or XML, with any value at its top. Throws PropertyListError.
+[[nodiscard]] platform::Value parsePropertyList(std::string_view bytes);
+
+/// Writes a property list in the binary form. Throws PropertyListError where the value can't be read back: text that is
+/// not UTF-8, a number that is not finite, too deep or too large.
+[[nodiscard]] EncodedPropertyList encodePropertyList(const platform::Value& value);
+
+/// A property list with a dictionary at its top, as a domain file is. Entries that are not touched are written as they
+/// were read.
+class PropertyListDictionary {
+ public:
+  /// An empty dictionary.
+  PropertyListDictionary();
+  /// Reads a file's bytes, binary or XML. Throws PropertyListError where they are no property list, where its top is no
+  /// dictionary, or where it breaks one of the limits.
+  explicit PropertyListDictionary(std::string_view bytes);
+
+  /// The value of an entry, or nothing.
+  [[nodiscard]] std::optional<platform::Value> value(std::string_view key) const;
+  /// Sets an entry. Throws PropertyListError, and changes nothing, where key or value can't be stored.
+  void set(std::string_view key, const platform::Value& value);
+  /// Removes an entry if it is there.
+  void remove(std::string_view key);
+
+  /// The binary form. Throws PropertyListError where it is larger than a file may be.
+  [[nodiscard]] EncodedPropertyList encode() const;
+
+ private:
+  PropertyListNode root_;
+};
+
+}  // namespace quellar::host::linux
