@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "platform/specifier.h"
+#include "platform/value.h"
+
+namespace quellar::host::headless {
+
+/// JSON whose fields keep the order in which they were set.
+using Json = nlohmann::ordered_json;
+
+/// One line of text without the line end. A real is printed with a point or an exponent, in the shortest form that
+/// reads back to the same double.
+[[nodiscard]] std::string dump(const Json& json);
+
+/// A property-list value: data as {"$data":"<base64>"}, a date as {"$date":"<ISO 8601>"}.
+[[nodiscard]] Json toJson(const platform::Value& value);
+/// The value, or null for none.
+[[nodiscard]] Json toJson(const std::optional<platform::Value>& value);
+/// A row property: an image as {"$image":"<path>"}, a class as {"$class":"<name>"}.
+[[nodiscard]] Json toJson(const platform::Property& property);
+
+/// The property-list value of a boolean, number, string, array or object; nothing for null, for a number that no
+/// 64-bit integer holds and for what contains one of these. An object is a dictionary, whatever its keys.
+[[nodiscard]] std::optional<platform::Value> toValue(const Json& json);
+
+}  // namespace quellar::host::headless
