@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#include <cstdint>
+
+#include "frame/row_value.h"
+#include "host/cli/commands.h"
+#include "host/cli/output.h"
+#include "host/cli/page_rows.h"
+#include "host/headless/row_json.h"
+
+namespace quellar::host::cli {
+
+using headless::Json;
+using platform::PSCellType;
+using platform::PSSpecifier;
+using platform::Value;
+
+namespace {
+
+/// What a row shows, as the user sees it.
+std::string shownText(PSSpecifier& row) {
+  const auto shown = frame::shownValue(row);
+  if (!shown) return "";
+  if (row.cellType() == PSCellType::PSSwitchCell) return shown->boolValue() ? "on" : "off";
+  if (const auto choice = row.indexOfValue(*shown); choice && *choice < row.titles().size()) {
+    return row.titles()[*choice];
+  }
+  if (const auto* text = shown->as<std::string>()) return oneLine(*text);
+  return headless::dump(headless::toJson(*shown));
+}
+
+/// What names the row for the other commands: its key, or the page that it opens.
+std::string nameForCommands(const PSSpecifier& row, const PanelHost& host) {
+  if (const auto key = row.identifier()) return *key;
+  if (const auto colorKey = row.stringForKey("colorKey"); !colorKey.empty()) return colorKey;
+  const auto* page = host.registry().find(row.detailControllerClass());
+  return page ? "-> " + page->name : "";
+}
+
+}  // namespace
+
+void printPages(const PagesCommand& command, PanelHost& host) {
+  Json pages = Json::array();
+  Table table;
+  table.add({"PAGE", "CLASS", "DEFAULTS KEY", "ROWS"});
+  for (const auto& entry : host.registry().entries()) {
+    const auto page = host.makePage(entry);
+    const std::string& defaultsKey = entry.page->defaultsKey;
+    const std::size_t count = page->specifiers().size();
+    pages.push_back({{"class", page->className()},
+                     {"title", page->title()},
+                     {"defaultsKey", defaultsKey.empty() ? Json(nullptr) : Json(defaultsKey)},
+                     {"rowCount", count}});
+    table.add({page->title(), page->className(), defaultsKey.empty() ? "-" : defaultsKey, std::to_string(count)});
+  }
+  if (command.json) {
+    printArray(pages);
+  } else {
+    print(table.text());
+  }
+}
+
+void printRows(const RowsCommand& command, PanelHost& host) {
+  const auto page = host.makePage(host.entryNamed(command.page));
+  if (command.json) {
+    printArray(headless::rowsJson(*page));
+    return;
+  }
+  // One table for the page, so that its columns stand in line; the groups' titles are put between its lines.
+  Table table;
+  std::vector<std::string> headings;
+  std::string heading;
+  for (const auto& row : page->specifiers()) {
+    if (row->cellType() == PSCellType::PSGroupCell) {
+      heading += "\n" + (row->name().empty() ? "" : oneLine(row->name()) + "\n");
+      continue;
+    }
+    headings.push_back(std::exchange(heading, ""));
+    table.add({oneLine(row->name()), shownText(*row), nameForCommands(*row, host)});
+  }
+  std::string lines = table.text(2);
+  std::string text = page->title() + "\n";
+  for (const auto& each : headings) {
+    const std::size_t end = lines.find('\n') + 1;
+    text += each + lines.substr(0, end);
+    lines.erase(0, end);
+  }
+  print(text + heading);
+}
+
+void printValue(const GetCommand& command, PanelHost& host) {
+  const auto page = host.makePage(host.entryNamed(command.page));
+  const KeyedRow found = rowOfKey(*page, command.key);
+  print(headless::dump(headless::toJson(frame::shownValue(*found.row))) + "\n");
+}
+
+}  // namespace quellar::host::cli
