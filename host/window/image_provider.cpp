@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#include "host/window/image_provider.h"
+
+#include <QImageReader>
+#include <QPainter>
+#include <QPolygonF>
+#include <QStringList>
+
+#include "host/window/image_address.h"
+
+namespace quellar::host::window {
+
+namespace {
+
+QImage emptyImage() {
+  QImage image(1, 1, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  return image;
+}
+
+QImage inColor(QImage image, const QColor& color) {
+  image = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+  QPainter painter(&image);
+  painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+  painter.fillRect(image.rect(), color);
+  return image;
+}
+
+}  // namespace
+
+QImage PlatformImageProvider::requestImage(const QString& id, QSize* size, const QSize& requestedSize) {
+  const auto named = namedImage(id);
+  const auto file = named ? find_(platform::Image{named->path, std::nullopt}, scale_) : std::nullopt;
+  QImage image;
+  if (file) {
+    // The contents tell the format, whatever the name says.
+    QImageReader reader(*file);
+    reader.setDecideFormatFromContent(true);
+    image = reader.read();
+  }
+  if (image.isNull()) image = emptyImage();
+  if (size) *size = image.size();
+  if (!requestedSize.isEmpty()) {
+    image = image.scaled(requestedSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  } else if (requestedSize.height() > 0) {
+    image = image.scaledToHeight(requestedSize.height(), Qt::SmoothTransformation);
+  }
+  return named && named->mask.isValid() ? inColor(std::move(image), named->mask) : image;
+}
+
+QImage GlyphProvider::requestImage(const QString& id, QSize* size, const QSize& requestedSize) {
+  const QStringList parts = id.split('/');
+  const QSize extent = requestedSize.isEmpty() ? QSize(32, 32) : requestedSize;
+  if (size) *size = extent;
+  QImage image(extent, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  painter.setRenderHint(QPainter::Antialiasing);
+  // Both signs are drawn in a square of 16.
+  const double unit = std::min(extent.width(), extent.height()) / 16.0;
+  painter.scale(unit, unit);
+  const bool back = parts.front() == "back";
+  painter.setPen(QPen(QColor("#" + parts.back()), back ? 1.9 : 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  const QPolygonF line =
+      back ? QPolygonF({{10.4, 2.2}, {4.6, 8}, {10.4, 13.8}}) : QPolygonF({{6, 3.4}, {10.6, 8}, {6, 12.6}});
+  painter.drawPolyline(line);
+  return image;
+}
+
+}  // namespace quellar::host::window

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QQuickImageProvider>
+#include <functional>
+#include <optional>
+
+#include "platform/ports.h"
+
+namespace quellar::host::window {
+
+/// Finds the file of an image that suits a screen of so many pixels a point; nothing where there is none.
+using ImageFinder = std::function<std::optional<QString>(const platform::Image& image, double scale)>;
+
+/// The images of the platform ("image://platform/...", see imageAddress), whole or as a mask in one colour. An image
+/// that can't be read is empty.
+class PlatformImageProvider final : public QQuickImageProvider {
+ public:
+  /// Takes the pixels a point of the screen.
+  PlatformImageProvider(ImageFinder find, double scale)
+      : QQuickImageProvider(Image), find_(std::move(find)), scale_(scale) {}
+
+  QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
+
+ private:
+  ImageFinder find_;
+  double scale_;
+};
+
+/// The small signs of the window itself, drawn at the size that is asked for: "image://glyph/<name>/<rrggbb>" with the
+/// names "chevron" (at the end of a link) and "back".
+class GlyphProvider final : public QQuickImageProvider {
+ public:
+  GlyphProvider() : QQuickImageProvider(Image) {}
+
+  QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
+};
+
+}  // namespace quellar::host::window

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+#include <QGuiApplication>
+#include <QQuickWindow>
+#include <QScreen>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+#include "host/window/opening.h"
+#include "host/window/options.h"
+#include "host/window/pictures.h"
+#include "host/window/settings_window.h"
+#include "host/window/window_platform.h"
+
+namespace {
+
+using namespace quellar::host::window;
+
+// The toolkit aborts where it has no display to work on; a user gets one clear line instead.
+void tellNoDisplay(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*message*/) {
+  if (type != QtFatalMsg) return;
+  std::fputs("quellar-settings: there is no display to open a window on (--pictures DIR works without one)\n", stderr);
+  std::_Exit(1);
+}
+
+void chooseScale(double scale) {
+  qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
+  qputenv("QT_SCALE_FACTOR", QByteArray::number(scale));
+}
+
+int drawPictures(const Options& options) {
+  try {
+    const auto files = writePictures(options, *options.pictures);
+    std::cout << files.size() << " pictures in " << *options.pictures << std::endl;
+    return 0;
+  } catch (const std::exception& error) {
+    std::cerr << "quellar-settings: " << error.what() << std::endl;
+    return 1;
+  }
+}
+
+QSize windowSize(const QScreen& screen) {
+  constexpr QSize kUsual(390, 800);
+  return kUsual.boundedTo(screen.availableSize());
+}
+
+int runWindow(const Options& options) {
+  const QScreen& screen = *QGuiApplication::primaryScreen();
+  SettingsWindow* shown = nullptr;
+  const auto tell = [&shown](const quellar::host::linux::StoreTrouble& trouble) {
+    const std::string text = trouble.file + ": " + trouble.cause;
+    std::cerr << "quellar-settings: " << text << std::endl;
+    // The store tells some troubles on its own thread, and some before the window is there.
+    QMetaObject::invokeMethod(
+        qApp,
+        [&shown, text] {
+          if (shown) shown->state().setTrouble(QString::fromStdString(text));
+        },
+        Qt::QueuedConnection);
+  };
+
+  WindowPlatform panel({.deviceRoot = options.deviceRoot,
+                        .language = options.language,
+                        .idiom = options.idiom.value_or(Idiom::phone),
+                        .scale = screen.devicePixelRatio(),
+                        .width = static_cast<double>(screen.size().width()),
+                        .throwaway = false,
+                        .onTrouble = tell});
+  const Appearance appearance{.textScale = options.textSize / 100.0,
+                              .reducedMotion = options.reducedMotion,
+                              .rightToLeft = panel.isRightToLeft()};
+  SettingsWindow window(panel.navigation(), panel.imageFinder(), screen.devicePixelRatio(), appearance);
+  shown = &window;
+
+  const auto& pages = panel.pages();
+  const auto& entry = options.page ? *pages.find(*options.page) : pages.entries().front();
+  openPage(panel.platform(), panel.pages(), entry);
+  std::optional<std::string> row;
+  if (options.key) {
+    row = rowShownFor(panel.platform(), *options.key);
+    if (!row) {
+      std::cerr << "quellar-settings: the page \"" << entry.name << "\" has no row \"" << *options.key
+                << "\"; `quellar rows` lists them" << std::endl;
+      return 2;
+    }
+  }
+
+  // What the pages have put off is done before the program ends.
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+  auto& queue = panel.mainQueue();
+  QObject::connect(qApp, &QGuiApplication::lastWindowClosed, [&queue] {
+    QObject::connect(&queue, &QtMainQueue::becameIdle, qApp, &QCoreApplication::quit);
+    if (queue.idle()) QCoreApplication::quit();
+  });
+
+  window.navigation().settle();
+  window.show(windowSize(screen));
+  // Without a window manager nobody else gives the window the keyboard.
+  window.window().requestActivate();
+  if (row) window.revealRow(QString::fromStdString(*row));
+  const int code = QGuiApplication::exec();
+  shown = nullptr;
+  return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const auto parsed = parseOptions(argc, argv);
+  if (const int* code = std::get_if<int>(&parsed)) return *code;
+  const auto& options = std::get<Options>(parsed);
+
+  if (options.pictures) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    chooseScale(options.scale.value_or(kPictureScale));
+  } else if (options.scale) {
+    chooseScale(*options.scale);
+  }
+  chooseRenderer();
+  // The arguments are all ours.
+  int ownArgc = 1;
+  const QtMessageHandler usual = qInstallMessageHandler(tellNoDisplay);
+  const QGuiApplication application(ownArgc, argv);
+  qInstallMessageHandler(usual);
+  prepareApplication();
+  return options.pictures ? drawPictures(options) : runWindow(options);
+}

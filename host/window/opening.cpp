@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+#include "host/window/opening.h"
+
+#include <algorithm>
+#include <deque>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "platform/navigation_controller.h"
+
+namespace quellar::host::window {
+
+using frame::Dependent;
+using frame::Link;
+using frame::PageRegistry;
+using frame::Row;
+using platform::PSListController;
+using platform::Specifiers;
+
+namespace {
+
+void collectLinks(const std::vector<Row>& rows, std::vector<std::string>& classes) {
+  for (const Row& row : rows) {
+    if (const auto* link = std::get_if<Link>(&row.row)) classes.push_back(link->opens);
+    if (const auto* block = std::get_if<Dependent>(&row.row)) collectLinks(block->rows, classes);
+  }
+}
+
+// The classes that lead from one page to another, both included; only the first one where no links do.
+std::vector<std::string> chainOfLinks(const PageRegistry& pages, const std::string& from, const std::string& to) {
+  std::map<std::string, std::string> cameFrom{{from, ""}};
+  std::deque<std::string> waiting{from};
+  while (!waiting.empty() && !cameFrom.contains(to)) {
+    const std::string each = waiting.front();
+    waiting.pop_front();
+    const auto* entry = pages.find(each);
+    if (!entry) continue;
+    std::vector<std::string> links;
+    collectLinks(entry->page->rows, links);
+    for (const std::string& link : links) {
+      if (cameFrom.emplace(link, each).second) waiting.push_back(link);
+    }
+  }
+  std::vector<std::string> chain;
+  if (!cameFrom.contains(to)) return {from};
+  for (std::string each = to; !each.empty(); each = cameFrom[each]) chain.push_back(each);
+  std::ranges::reverse(chain);
+  return chain;
+}
+
+std::shared_ptr<PSListController> topList(platform::Platform& platform) {
+  return std::dynamic_pointer_cast<PSListController>(platform.navigation.topViewController());
+}
+
+void push(platform::Platform& platform, const std::string& className) {
+  if (const auto page = topList(platform)) {
+    const Specifiers& rows = page->specifiers();
+    const auto link =
+        std::ranges::find(rows, className, [](const auto& row) -> const auto& { return row->detailControllerClass(); });
+    if (link != rows.end()) {
+      page->userTapsRow(static_cast<std::size_t>(link - rows.begin()));
+      return;
+    }
+  }
+  if (auto page = platform.classes.makeViewController(className)) platform.navigation.pushViewController(page);
+}
+
+// The key of the switch that shows the row of a key; nothing where no block has such a row.
+std::optional<std::string> switchThatShows(const std::vector<Row>& rows, std::string_view key,
+                                           const std::string& shownBy) {
+  for (const Row& row : rows) {
+    const auto* toggle = std::get_if<frame::Switch>(&row.row);
+    const auto* text = std::get_if<frame::TextEntry>(&row.row);
+    if (!shownBy.empty() && ((toggle && toggle->key == key) || (text && text->key == key))) return shownBy;
+    if (const auto* block = std::get_if<Dependent>(&row.row)) {
+      if (auto found = switchThatShows(block->rows, key, block->shownBy)) return found;
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+void openPage(platform::Platform& platform, PageRegistry& pages, const PageRegistry::Entry& page) {
+  const std::string& first = pages.entries().front().page->className;
+  const auto chain = chainOfLinks(pages, first, page.page->className);
+  for (const std::string& className : chain) push(platform, className);
+  if (chain.back() != page.page->className) push(platform, page.page->className);
+}
+
+std::optional<std::string> rowShownFor(platform::Platform& platform, std::string_view key) {
+  const auto page = std::dynamic_pointer_cast<frame::KVQuellarListController>(topList(platform));
+  std::optional<std::string> shown(key);
+  // A switch may itself be in a block that is not shown.
+  while (page && shown && !page->specifierForID(*shown)) {
+    shown = switchThatShows(page->page().rows, *shown, "");
+  }
+  return page ? shown : std::nullopt;
+}
+
+}  // namespace quellar::host::window

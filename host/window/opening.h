@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "frame/page_registry.h"
+#include "platform/platform.h"
+
+namespace quellar::host::window {
+
+/// Pushes the first page and then those that lead to a page by their links, each as a tap on its link would. A page
+/// that no link leads to is pushed right onto the first one.
+void openPage(platform::Platform& platform, frame::PageRegistry& pages, const frame::PageRegistry::Entry& page);
+
+/// The row of the page on top that a key is to be found at: the row itself, or the switch that shows it; nothing where
+/// the page has no such row.
+[[nodiscard]] std::optional<std::string> rowShownFor(platform::Platform& platform, std::string_view key);
+
+}  // namespace quellar::host::window

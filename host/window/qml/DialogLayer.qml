@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+
+// The dialog that lies over the pages: a sheet that rises from the bottom, a popover that points at its bar button, or
+// a panel in the middle.
+FocusScope {
+    id: overlay
+
+    required property QtObject dialog
+    property bool keyboardInUse: false
+    property Item anchorItem: null
+
+    readonly property bool shown: dialog.shown
+    readonly property bool popover: dialog.anchored && anchorItem !== null
+    readonly property bool sheet: dialog.kind === "sheet" && !popover
+    // 0 away, 1 fully there.
+    property real presence: shown ? 1 : 0
+    readonly property point anchorPoint: popover ? anchorItem.mapToItem(overlay, anchorItem.width / 2, anchorItem.height) : Qt.point(0, 0)
+
+    signal closed
+
+    function moveFocus(step) {
+        const count = buttons.count;
+        for (let each = 0; each < count; ++each) {
+            if (buttons.itemAt(each).activeFocus) {
+                buttons.itemAt((each + step + count) % count).forceActiveFocus(Qt.TabFocusReason);
+                return;
+            }
+        }
+        buttons.itemAt(step > 0 ? 0 : count - 1).forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    visible: presence > 0
+    enabled: shown
+    onShownChanged: {
+        if (shown)
+            panel.forceActiveFocus();
+        else
+            overlay.closed();
+    }
+
+    Behavior on presence {
+        NumberAnimation {
+            duration: Theme.reducedMotion ? 0 : 240
+            easing.type: Easing.OutCubic
+        }
+    }
+
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_Escape || event.key === Qt.Key_Back)
+            overlay.dialog.cancel();
+        else if (event.key === Qt.Key_Tab || event.key === Qt.Key_Down || event.key === Qt.Key_Right)
+            overlay.moveFocus(1);
+        else if (event.key === Qt.Key_Backtab || event.key === Qt.Key_Up || event.key === Qt.Key_Left)
+            overlay.moveFocus(-1);
+        event.accepted = true;
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: "#0d1a26"
+        opacity: (overlay.popover ? 0.16 : 0.36) * overlay.presence
+
+        MouseArea {
+            anchors.fill: parent
+            onClicked: overlay.dialog.cancel()
+            // What scrolls beneath stays where it is.
+            onWheel: wheel => wheel.accepted = true
+        }
+    }
+
+    // The tip of a popover.
+    Rectangle {
+        visible: overlay.popover
+        opacity: overlay.presence
+        width: 18
+        height: 18
+        rotation: 45
+        color: Theme.card
+        x: overlay.anchorPoint.x - width / 2
+        y: panel.y - height / 2 + 3
+        antialiasing: true
+    }
+
+    FocusScope {
+        id: panel
+
+        readonly property real breadth: Math.min(overlay.width - 20, overlay.popover ? 320 : 420)
+
+        width: breadth
+        height: column.height
+        x: overlay.popover ? Math.max(10, Math.min(overlay.width - width - 10, overlay.anchorPoint.x - width + 60)) : (overlay.width - width) / 2
+        y: {
+            if (overlay.popover)
+                return overlay.anchorPoint.y + 8;
+            if (overlay.sheet)
+                return overlay.height - (height + 12) * overlay.presence;
+            return (overlay.height - height) / 2;
+        }
+        opacity: overlay.sheet ? 1 : overlay.presence
+
+        Accessible.ignored: !visible
+        Accessible.role: Accessible.Dialog
+        Accessible.name: overlay.dialog.title
+        Accessible.description: overlay.dialog.message
+
+        MouseArea {
+            anchors.fill: parent
+        }
+
+        Column {
+            id: column
+
+            width: parent.width
+
+            Item {
+                width: parent.width
+                height: texts.height + 40
+
+                Card {
+                    anchors.fill: parent
+                    last: false
+                }
+                Column {
+                    id: texts
+
+                    x: 20
+                    y: 20
+                    width: parent.width - 40
+                    spacing: 6
+
+                    Text {
+                        width: parent.width
+                        text: overlay.dialog.title
+                        color: Theme.title
+                        font.pixelSize: Theme.titleSize
+                        font.weight: Font.DemiBold
+                        wrapMode: Text.Wrap
+                        horizontalAlignment: Text.AlignHCenter
+                        Accessible.ignored: true
+                    }
+                    Text {
+                        width: parent.width
+                        visible: text !== ""
+                        text: overlay.dialog.message
+                        color: Theme.quiet
+                        font.pixelSize: Theme.text(14)
+                        lineHeight: 1.3
+                        wrapMode: Text.Wrap
+                        horizontalAlignment: Text.AlignHCenter
+                        Accessible.ignored: true
+                    }
+                }
+            }
+
+            // The cancel button of a sheet stands last and apart, wherever the dialog lists it.
+            Repeater {
+                id: buttons
+
+                model: overlay.ordered
+
+                DialogButton {
+                    required property var modelData
+                    required property int index
+
+                    width: column.width
+                    title: modelData.title
+                    style: modelData.style
+                    apart: overlay.sheet && modelData.style === "cancel"
+                    first: apart
+                    last: apart || index === buttons.count - 1 || (overlay.sheet && overlay.ordered[index + 1].style === "cancel")
+                    keyboardInUse: overlay.keyboardInUse
+                    focus: index === buttons.count - 1
+                    onTapped: overlay.dialog.press(modelData.place)
+                }
+            }
+        }
+    }
+
+    readonly property var ordered: {
+        const all = dialog.buttons.map((button, place) => ({
+                    title: button.title,
+                    style: button.style,
+                    place: place
+                }));
+        const cancels = all.filter(button => button.style === "cancel");
+        return all.filter(button => button.style !== "cancel").concat(cancels);
+    }
+}

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+
+// The footer of a group. Where the group has a title, the footer is read with it.
+Item {
+    id: footerRow
+
+    required property string label
+    required property string footer
+
+    width: ListView.view ? ListView.view.width : 0
+    height: text.implicitHeight + 10
+
+    Text {
+        id: text
+
+        x: Theme.sideInset(footerRow.width) + Theme.inset
+        y: 8
+        width: footerRow.width - 2 * x
+        text: footerRow.label
+        textFormat: Text.PlainText
+        color: Theme.quiet
+        font.pixelSize: Theme.smallSize
+        lineHeight: 1.35
+        wrapMode: Text.Wrap
+        horizontalAlignment: Text.AlignLeft
+        Accessible.ignored: true
+    }
+
+    Accessible.ignored: footer !== "" || !visible
+    Accessible.role: Accessible.StaticText
+    Accessible.name: label
+}

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+
+ListRow {
+    id: row
+
+    trailingWidth: chevron.width
+    trailing: Glyph {
+        id: chevron
+
+        anchors.verticalCenter: parent.verticalCenter
+        anchors.right: parent.right
+        anchors.rightMargin: -4
+        name: "chevron"
+    }
+
+    onTapped: list.rows.activate(index)
+
+    Accessible.role: Accessible.Button
+    Accessible.name: label
+    Accessible.focusable: rowEnabled
+    Accessible.onPressAction: tapped()
+}

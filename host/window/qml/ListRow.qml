@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+
+// What all rows of a group have in common: card, icon, label, hairline, and how they are pressed and focused. A row
+// kind adds what stands at the right of the label, as `trailing`.
+FocusScope {
+    id: row
+
+    required property int index
+    required property string label
+    required property string icon
+    required property bool iconColumn
+    required property bool rowEnabled
+    required property bool first
+    required property bool last
+    required property color titleColor
+
+    readonly property ListView list: ListView.view
+    property color labelColor: row.titleColor
+    property bool pressable: true
+    property bool focusVisible: row.activeFocus && row.list && row.list.keyboardInUse
+    property alias trailing: trailingSlot.data
+    property real trailingWidth: 0
+    property real trailingHeight: 0
+    readonly property real labelStart: iconColumn ? Theme.inset + Theme.iconSize + Theme.iconGap : Theme.inset
+    // What label and control share.
+    readonly property real room: card.width - labelStart - Theme.inset
+
+    signal tapped
+
+    function use() {
+        if (row.rowEnabled && row.list)
+            row.list.take(row.index);
+    }
+
+    width: ListView.view ? ListView.view.width : 0
+    implicitHeight: Math.max(Theme.rowHeight, labelText.implicitHeight + 2 * 13, trailingHeight + 2 * 8)
+    height: implicitHeight
+
+    // A page that lies beneath another one is not there for a screen reader.
+    Accessible.ignored: !visible
+
+    onActiveFocusChanged: if (activeFocus && list)
+        list.follow(index)
+
+    Keys.onPressed: event => {
+        if (event.key !== Qt.Key_Space && event.key !== Qt.Key_Return && event.key !== Qt.Key_Enter)
+            return;
+        event.accepted = true;
+        // A key that is held down acts once.
+        if (!event.isAutoRepeat)
+            row.tapped();
+    }
+
+    Card {
+        id: card
+
+        x: Theme.sideInset(row.width)
+        width: row.width - 2 * x
+        height: row.height
+        first: row.first
+        last: row.last
+        color: area.pressed && row.pressable ? Theme.pressed : Theme.card
+
+        Behavior on color {
+            // A touch that begins a scroll should not light the row up.
+            SequentialAnimation {
+                PauseAnimation {
+                    duration: area.pressed ? 40 : 0
+                }
+                ColorAnimation {
+                    duration: area.pressed ? 0 : Theme.quick
+                }
+            }
+        }
+
+        MouseArea {
+            id: area
+
+            anchors.fill: parent
+            enabled: row.rowEnabled
+            onClicked: {
+                row.use();
+                row.tapped();
+            }
+        }
+
+        Image {
+            visible: row.icon !== ""
+            anchors.verticalCenter: parent.verticalCenter
+            anchors.left: parent.left
+            anchors.leftMargin: Theme.inset
+            width: Theme.iconSize
+            height: Theme.iconSize
+            fillMode: Image.PreserveAspectFit
+            sourceSize: Qt.size(Math.round(Theme.iconSize * Screen.devicePixelRatio), Math.round(Theme.iconSize * Screen.devicePixelRatio))
+            source: row.icon
+            opacity: row.rowEnabled ? 1 : 0.4
+            Accessible.ignored: true
+        }
+
+        Text {
+            id: labelText
+
+            anchors.verticalCenter: parent.verticalCenter
+            anchors.left: parent.left
+            anchors.leftMargin: row.labelStart
+            anchors.right: trailingSlot.left
+            anchors.rightMargin: row.trailingWidth > 0 ? 12 : 0
+            text: row.label
+            color: row.labelColor
+            opacity: row.rowEnabled ? 1 : 0.4
+            font.pixelSize: Theme.labelSize
+            wrapMode: Text.Wrap
+            horizontalAlignment: Text.AlignLeft
+            Accessible.ignored: true
+        }
+
+        Item {
+            id: trailingSlot
+
+            anchors.verticalCenter: parent.verticalCenter
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.inset
+            width: row.trailingWidth
+            height: parent.height
+            opacity: row.rowEnabled ? 1 : 0.4
+        }
+
+        Rectangle {
+            visible: !row.last
+            anchors.bottom: parent.bottom
+            anchors.right: parent.right
+            anchors.left: parent.left
+            anchors.leftMargin: row.labelStart
+            height: 1 / Screen.devicePixelRatio
+            color: Theme.hairline
+        }
+
+        FocusRing {
+            visible: row.focusVisible
+        }
+    }
+}

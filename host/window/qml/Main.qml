@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+
+Window {
+    id: window
+
+    required property QtObject navigation
+    required property QtObject status
+    required property QtObject rowOrder
+
+    function revealRow(index) {
+        stack.revealRow(index);
+    }
+
+    minimumWidth: 320
+    minimumHeight: 480
+    color: Theme.ground
+    title: navigation.top ? navigation.top.title : ""
+
+    // What is being typed is committed, as on any other way out of its row.
+    onClosing: navigation.endEditing()
+
+    LayoutMirroring.enabled: status.rightToLeft
+    LayoutMirroring.childrenInherit: true
+
+    Binding {
+        target: Theme
+        property: "textScale"
+        value: window.status.textScale
+    }
+    Binding {
+        target: Theme
+        property: "reducedMotion"
+        value: window.status.reducedMotion
+    }
+
+    PageStack {
+        id: stack
+
+        anchors.fill: parent
+        navigation: window.navigation
+        status: window.status
+        rowOrder: window.rowOrder
+        enabled: !dialog.shown
+        focus: true
+    }
+
+    // The button of a mouse that leads back.
+    TapHandler {
+        acceptedButtons: Qt.BackButton
+        onTapped: window.navigation.back()
+    }
+
+    DialogLayer {
+        id: dialog
+
+        anchors.fill: parent
+        dialog: window.navigation.dialog
+        keyboardInUse: window.status.keyboardInUse
+        anchorItem: stack.rightBarItem
+        onClosed: stack.forceActiveFocus()
+    }
+}

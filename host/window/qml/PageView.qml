@@ -1,0 +1,269 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Qt.labs.qmlmodels
+
+// One page: its bar and its rows.
+FocusScope {
+    id: view
+
+    required property QtObject page
+    required property QtObject status
+    required property QtObject rowOrder
+
+    property alias list: list
+    property alias bar: bar
+
+    signal backTapped
+    signal barTapped(string side)
+
+    // Before the page goes: rows that are still being made must not outlive it.
+    function close() {
+        list.model = null;
+    }
+
+    // Focus goes round: the bar's buttons, then the rows, in the order in which they are seen.
+    function moveFocus(step) {
+        const buttons = [bar.backItem, bar.leftItem, bar.rightItem].filter(item => item.visible);
+        const onBar = buttons.findIndex(item => item.activeFocus);
+        const first = list.rows.nextFocusable(-1, 1);
+        const last = list.rows.nextFocusable(list.count, -1);
+        if (onBar < 0) {
+            const next = list.rows.nextFocusable(list.currentIndex, step);
+            if (next >= 0)
+                list.focusRow(next);
+            else if (buttons.length > 0)
+                buttons[step > 0 ? 0 : buttons.length - 1].forceActiveFocus(Qt.TabFocusReason);
+            else
+                list.focusRow(step > 0 ? first : last);
+        } else if (onBar + step >= 0 && onBar + step < buttons.length) {
+            buttons[onBar + step].forceActiveFocus(Qt.TabFocusReason);
+        } else if (first >= 0) {
+            list.focusRow(step > 0 ? first : last);
+        }
+    }
+
+    Keys.onPressed: event => {
+        const plain = event.modifiers === Qt.NoModifier || event.modifiers === Qt.KeypadModifier;
+        if (event.key === Qt.Key_Tab || (event.key === Qt.Key_Down && plain)) {
+            moveFocus(1);
+        } else if (event.key === Qt.Key_Backtab || (event.key === Qt.Key_Up && plain)) {
+            moveFocus(-1);
+        } else if (event.key === Qt.Key_PageDown || event.key === Qt.Key_PageUp) {
+            list.scrollBy((event.key === Qt.Key_PageDown ? 0.85 : -0.85) * list.height);
+        } else if (event.key === Qt.Key_Home && plain) {
+            list.focusRow(list.rows.nextFocusable(-1, 1));
+        } else if (event.key === Qt.Key_End && plain) {
+            list.focusRow(list.rows.nextFocusable(list.count, -1));
+        } else if (event.key === Qt.Key_Escape && list.editing) {
+            list.rest();
+        } else if (event.key === Qt.Key_Escape || event.key === Qt.Key_Back || (event.key === Qt.Key_Left && event.modifiers & Qt.AltModifier) || (event.key === Qt.Key_Backspace && plain && !list.editing)) {
+            view.backTapped();
+        } else {
+            return;
+        }
+        event.accepted = true;
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.ground
+    }
+
+    // Holds the focus while no row does.
+    Item {
+        id: rest
+    }
+
+    // The bar is read before the rows, and lies above them.
+    Bar {
+        id: bar
+
+        z: 1
+        width: parent.width
+        page: view.page
+        keyboardInUse: view.status.keyboardInUse
+        lifted: list.contentY > list.originY + 4
+        onBackTapped: view.backTapped()
+        onBarTapped: side => view.barTapped(side)
+    }
+
+    Banner {
+        id: banner
+
+        z: 1
+        anchors.top: bar.bottom
+        width: parent.width
+        text: view.status.trouble
+        onDismissed: view.status.dismissTrouble()
+    }
+
+    ListView {
+        id: list
+
+        readonly property QtObject rows: view.page.rows
+        readonly property bool keyboardInUse: view.status.keyboardInUse
+        readonly property bool editing: view.Window.activeFocusItem instanceof TextInput
+
+        // On a page that has just come up the focus starts at its first row; a text is not opened for that.
+        function start() {
+            if (currentIndex >= 0)
+                return;
+            const first = rows.nextFocusable(-1, 1);
+            if (first >= 0 && rows.kindAt(first) !== "text")
+                currentIndex = first;
+        }
+        // A row is used: it takes the focus, and so does no other.
+        function take(index) {
+            currentIndex = index;
+            forceActiveFocus(Qt.MouseFocusReason);
+        }
+        function focusRow(index) {
+            if (index < 0)
+                return;
+            // Far away there may be no item for it yet.
+            positionViewAtIndex(index, ListView.Contain);
+            follow(index);
+            forceActiveFocus(Qt.TabFocusReason);
+        }
+        // The row that got the focus, from whom ever, is the current one and to be seen.
+        function follow(index) {
+            currentIndex = index;
+            reveal(index);
+        }
+        function reveal(index) {
+            const item = itemAtIndex(index);
+            if (!item)
+                return;
+            const gap = 12;
+            const above = item.y - gap - contentY;
+            const below = item.y + item.height + gap - (contentY + height);
+            if (above < 0)
+                scrollBy(above);
+            else if (below > 0)
+                scrollBy(Math.min(below, above));
+        }
+        // Brings a row to the upper part of the view, where what belongs to it is seen below.
+        function show(index) {
+            positionViewAtIndex(index, ListView.Beginning);
+            scrollBy(-height * 0.15);
+            focusRow(index);
+        }
+        function scrollBy(distance) {
+            cancelFlick();
+            const lowest = originY + Math.max(0, contentHeight - height);
+            contentY = Math.max(originY, Math.min(lowest, contentY + distance));
+        }
+        // No row has the focus; the next one that the keys reach is the neighbour of the last.
+        function rest() {
+            view.forceActiveFocus();
+            restItem.forceActiveFocus();
+        }
+        readonly property Item restItem: rest
+
+        anchors.top: banner.bottom
+        anchors.bottom: parent.bottom
+        anchors.left: parent.left
+        anchors.right: parent.right
+        focus: true
+        model: rows
+        currentIndex: -1
+        // Up to 200 rows all stand ready, so that a screen reader finds each of them; beyond, those near the view.
+        cacheBuffer: count <= 200 ? 1000000 : 1200
+        highlightFollowsCurrentItem: false
+        keyNavigationEnabled: false
+        boundsBehavior: Flickable.DragAndOvershootBounds
+        maximumFlickVelocity: 6000
+        header: Item {
+            width: 1
+            height: 10
+        }
+        footer: Item {
+            width: 1
+            height: 36
+        }
+        onCountChanged: {
+            Qt.callLater(start);
+            Qt.callLater(view.rowOrder.restore, contentItem);
+        }
+
+        // Rows make way together; a block that comes fades in behind them, one that goes fades out.
+        add: Transition {
+            enabled: list.rows.animated && Theme.move > 0
+            SequentialAnimation {
+                PropertyAction {
+                    property: "opacity"
+                    value: 0
+                }
+                PauseAnimation {
+                    duration: Theme.move * 0.3
+                }
+                NumberAnimation {
+                    property: "opacity"
+                    to: 1
+                    duration: Theme.move * 0.7
+                }
+            }
+        }
+        remove: Transition {
+            enabled: list.rows.animated && Theme.move > 0
+            NumberAnimation {
+                property: "opacity"
+                to: 0
+                duration: Theme.move * 0.5
+            }
+        }
+        displaced: Transition {
+            enabled: list.rows.animated && Theme.move > 0
+            NumberAnimation {
+                property: "y"
+                duration: Theme.move
+                easing.type: Easing.OutCubic
+            }
+            // A row that was still fading in when it is moved on.
+            NumberAnimation {
+                property: "opacity"
+                to: 1
+                duration: Theme.move * 0.5
+            }
+        }
+
+        delegate: DelegateChooser {
+            role: "kind"
+            DelegateChoice {
+                roleValue: "group"
+                GroupRow {}
+            }
+            DelegateChoice {
+                roleValue: "footer"
+                FooterRow {}
+            }
+            DelegateChoice {
+                roleValue: "link"
+                LinkRow {}
+            }
+            DelegateChoice {
+                roleValue: "switch"
+                SwitchRow {}
+            }
+            DelegateChoice {
+                roleValue: "text"
+                TextRow {}
+            }
+            DelegateChoice {
+                roleValue: "button"
+                ButtonRow {}
+            }
+            DelegateChoice {
+                roleValue: "staticText"
+                StaticTextRow {}
+            }
+            DelegateChoice {
+                PlaceholderRow {}
+            }
+        }
+    }
+
+    ScrollMark {
+        list: list
+    }
+}

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+
+// A row of a kind that the window does not know how to draw: there, and plainly not usable.
+ListRow {
+    id: row
+
+    required property string kind
+
+    pressable: false
+    trailingWidth: kindText.implicitWidth
+    trailing: Text {
+        id: kindText
+
+        anchors.verticalCenter: parent.verticalCenter
+        text: row.kind
+        color: Theme.danger
+        font.pixelSize: Theme.smallSize
+        font.italic: true
+        Accessible.ignored: true
+    }
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: label
+    Accessible.description: kind
+}

@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+
+ListRow {
+    pressable: false
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: label
+}

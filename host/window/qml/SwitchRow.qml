@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+
+ListRow {
+    id: row
+
+    required property bool checked
+    required property color tint
+
+    pressable: false
+    trailingWidth: toggle.width
+    trailingHeight: toggle.height
+    trailing: Toggle {
+        id: toggle
+
+        anchors.verticalCenter: parent.verticalCenter
+        checked: row.checked
+        tint: row.tint
+    }
+
+    onTapped: list.rows.activate(index)
+
+    Accessible.role: Accessible.CheckBox
+    Accessible.name: label
+    Accessible.focusable: rowEnabled
+    Accessible.checkable: true
+    Accessible.checked: checked
+    Accessible.onToggleAction: tapped()
+    Accessible.onPressAction: tapped()
+}

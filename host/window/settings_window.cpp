@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#include "host/window/settings_window.h"
+
+#include <QFont>
+#include <QGuiApplication>
+#include <QVariantMap>
+#include <clocale>
+#include <stdexcept>
+
+namespace quellar::host::window {
+
+namespace {
+
+constexpr const char* kView = "qrc:/qt/qml/Quellar/Window/Main.qml";
+
+}  // namespace
+
+void chooseRenderer() {
+  if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND") && qEnvironmentVariableIsEmpty("QSG_RHI_BACKEND")) {
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+  }
+}
+
+void prepareApplication() {
+  std::setlocale(LC_NUMERIC, "C");
+  QGuiApplication::setApplicationDisplayName("Quellar");
+  QGuiApplication::setDesktopFileName("quellar-settings");
+  QFont font = QGuiApplication::font();
+  font.setFamilies({"Inter", "Noto Sans", "Cantarell", "DejaVu Sans", font.family()});
+  font.setHintingPreference(QFont::PreferNoHinting);
+  QGuiApplication::setFont(font);
+}
+
+SettingsWindow::SettingsWindow(platform::NavigationController& controller, ImageFinder findImage, double scale,
+                               const Appearance& appearance)
+    : navigation_(controller), state_(appearance) {
+  engine_.addImageProvider("platform", new PlatformImageProvider(std::move(findImage), scale));
+  engine_.addImageProvider("glyph", new GlyphProvider);
+  engine_.setInitialProperties({{"navigation", QVariant::fromValue<QObject*>(&navigation_)},
+                                {"status", QVariant::fromValue<QObject*>(&state_)},
+                                {"rowOrder", QVariant::fromValue<QObject*>(&order_)}});
+  engine_.load(QUrl(kView));
+  window_ = engine_.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
+  if (!window_) throw std::runtime_error("the view of the window can't be loaded");
+  window_->installEventFilter(&state_);
+}
+
+void SettingsWindow::show(QSize size) {
+  window_->resize(size);
+  window_->show();
+}
+
+bool SettingsWindow::revealRow(const QString& identifier) {
+  navigation_.settle();
+  PageModel* page = navigation_.top();
+  const int index = page ? page->rows()->indexOf(identifier) : -1;
+  if (index < 0) return false;
+  QMetaObject::invokeMethod(window_, "revealRow", Q_ARG(QVariant, index));
+  return true;
+}
+
+}  // namespace quellar::host::window

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+#include <QSize>
+
+#include "host/window/image_provider.h"
+#include "host/window/navigation_model.h"
+#include "host/window/row_order.h"
+#include "host/window/window_state.h"
+#include "platform/navigation_controller.h"
+
+namespace quellar::host::window {
+
+/// To be called once before the QGuiApplication is made: the renderer that works on every machine, unless the
+/// environment asks for another one.
+void chooseRenderer();
+/// To be called once after the QGuiApplication is made: typeface, names, and numbers as the C locale writes them, which
+/// other libraries of the process count on.
+void prepareApplication();
+
+/// The window: models of a navigation controller's stack, and the view on them.
+class SettingsWindow {
+ public:
+  /// Takes the controller and observes it; pages are pushed later. Throws std::runtime_error where the view can't be
+  /// loaded.
+  SettingsWindow(platform::NavigationController& controller, ImageFinder findImage, double scale,
+                 const Appearance& appearance);
+
+  [[nodiscard]] QQuickWindow& window() { return *window_; }
+  [[nodiscard]] NavigationModel& navigation() { return navigation_; }
+  [[nodiscard]] WindowState& state() { return state_; }
+
+  void show(QSize size);
+  /// Gives the focus to a row of the page on top, and scrolls to it; false where the page does not show it.
+  bool revealRow(const QString& identifier);
+
+ private:
+  NavigationModel navigation_;
+  WindowState state_;
+  RowOrder order_;
+  // Last, so that the view goes before what it shows.
+  QQmlApplicationEngine engine_;
+  QQuickWindow* window_ = nullptr;
+};
+
+}  // namespace quellar::host::window

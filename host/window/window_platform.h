@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QSocketNotifier>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "frame/page_registry.h"
+#include "host/linux/applications.h"
+#include "host/linux/bundles.h"
+#include "host/linux/bus.h"
+#include "host/linux/device_root.h"
+#include "host/linux/file_preferences.h"
+#include "host/window/image_provider.h"
+#include "host/window/qt_main_queue.h"
+#include "platform/navigation_controller.h"
+#include "platform/platform.h"
+
+namespace quellar::host::window {
+
+enum class Idiom { phone = 0, pad = 1 };
+
+/// The device that the window stands for.
+class WindowDevice final : public platform::Device {
+ public:
+  /// Takes pixels a point, and the width of the screen in points.
+  WindowDevice(Idiom idiom, double scale, double width) : idiom_(idiom), scale_(scale), width_(width) {}
+
+  [[nodiscard]] std::optional<int> userInterfaceIdiom() const override { return static_cast<int>(idiom_); }
+  [[nodiscard]] double screenScale() const override { return scale_; }
+  [[nodiscard]] double screenWidth() const override { return width_; }
+
+ private:
+  Idiom idiom_;
+  double scale_;
+  double width_;
+};
+
+/// A store on top of another one: what is set stays in memory, so that nobody's values are touched.
+class ThrowawayPreferences final : public platform::Preferences {
+ public:
+  /// Takes the store that is read where nothing was set here.
+  explicit ThrowawayPreferences(platform::Preferences& beneath) : beneath_(beneath) {}
+
+  [[nodiscard]] std::optional<platform::Value> copyAppValue(std::string_view key, std::string_view domain) override;
+  void setAppValue(std::string_view key, const std::optional<platform::Value>& value, std::string_view domain) override;
+  void appSynchronize(std::string_view /*domain*/) override {}
+  /// Forgets all that was set.
+  void clear() { values_.clear(); }
+
+ private:
+  platform::Preferences& beneath_;
+  /// By domain and key.
+  std::map<std::pair<std::string, std::string>, std::optional<platform::Value>> values_;
+};
+
+/// The folders that hold the settings bundle besides the device root: where it is installed, and where it is built,
+/// both as seen from the running program.
+[[nodiscard]] std::vector<std::filesystem::path> bundleFolders();
+
+struct WindowPlatformOptions {
+  std::optional<std::string> deviceRoot;
+  std::optional<std::string> language;
+  Idiom idiom = Idiom::phone;
+  /// Pixels a point of the screen, and its width in points.
+  double scale = 1;
+  double width = 390;
+  /// Values are kept in memory and notifications stay in the process.
+  bool throwaway = false;
+  /// Is told of troubles of the store, maybe on another thread.
+  linux::FilePreferences::TroubleListener onTrouble;
+};
+
+/// The panel on the real system, as the window runs it: stores and bus of this machine, the toolkit's event loop, all
+/// pages. Needs a QCoreApplication.
+class WindowPlatform {
+ public:
+  explicit WindowPlatform(const WindowPlatformOptions& options);
+  WindowPlatform(const WindowPlatform&) = delete;
+  WindowPlatform& operator=(const WindowPlatform&) = delete;
+
+  [[nodiscard]] platform::Platform& platform() { return platform_; }
+  [[nodiscard]] platform::NavigationController& navigation() { return navigation_; }
+  [[nodiscard]] frame::PageRegistry& pages() { return pages_; }
+  [[nodiscard]] QtMainQueue& mainQueue() { return mainQueue_; }
+  [[nodiscard]] bool isRightToLeft() { return bundles_.isRightToLeft(); }
+  /// Finds image files of the device root and the bundle; this object outlives its use.
+  [[nodiscard]] ImageFinder imageFinder() const;
+  /// The values that were set, where they are kept in memory; nullptr otherwise.
+  [[nodiscard]] ThrowawayPreferences* throwaway() { return throwaway_.get(); }
+
+ private:
+  linux::DeviceRoot root_;
+  std::vector<std::string> languages_;
+  linux::BundleResources bundles_;
+  linux::DesktopApplications applications_;
+  linux::FilePreferences files_;
+  std::unique_ptr<ThrowawayPreferences> throwaway_;
+  linux::Bus bus_;
+  linux::BusDarwinCenter darwin_{bus_};
+  linux::BusDistributedCenter distributed_{bus_};
+  QSocketNotifier busNotifier_;
+  platform::NotificationCenter notifications_;
+  QtMainQueue mainQueue_;
+  WindowDevice device_;
+  frame::PageRegistry pages_;
+  platform::SharedInstances shared_;
+  platform::NavigationController navigation_{notifications_};
+  platform::Platform platform_;
+};
+
+}  // namespace quellar::host::window

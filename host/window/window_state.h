@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+namespace quellar::host::window {
+
+/// How the window is to look, as the user asked for it.
+struct Appearance {
+  /// 1 is the usual size of texts.
+  double textScale = 1;
+  bool reducedMotion = false;
+  bool rightToLeft = false;
+};
+
+/// What the view needs to know beside the pages: the appearance, how the user works, what went wrong.
+class WindowState final : public QObject {
+  Q_OBJECT
+  Q_PROPERTY(double textScale READ textScale CONSTANT)
+  Q_PROPERTY(bool reducedMotion READ reducedMotion CONSTANT)
+  Q_PROPERTY(bool rightToLeft READ rightToLeft CONSTANT)
+  /// The latest input came from the keyboard, so that the focus is to be seen.
+  Q_PROPERTY(bool keyboardInUse READ keyboardInUse NOTIFY keyboardInUseChanged)
+  /// What the store could not do, "" for nothing.
+  Q_PROPERTY(QString trouble READ trouble NOTIFY troubleChanged)
+
+ public:
+  explicit WindowState(const Appearance& appearance) : appearance_(appearance) {}
+
+  [[nodiscard]] double textScale() const { return appearance_.textScale; }
+  [[nodiscard]] bool reducedMotion() const { return appearance_.reducedMotion; }
+  [[nodiscard]] bool rightToLeft() const { return appearance_.rightToLeft; }
+  [[nodiscard]] bool keyboardInUse() const { return keyboardInUse_; }
+  [[nodiscard]] const QString& trouble() const { return trouble_; }
+
+  void setTrouble(const QString& trouble);
+  /// The user has read it.
+  Q_INVOKABLE void dismissTrouble() { setTrouble({}); }
+
+  /// Watches the input of a window.
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ signals:
+  void keyboardInUseChanged();
+  void troubleChanged();
+
+ private:
+  void setKeyboardInUse(bool inUse);
+
+  const Appearance appearance_;
+  bool keyboardInUse_ = false;
+  QString trouble_;
+};
+
+}  // namespace quellar::host::window
