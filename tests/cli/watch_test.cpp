@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <thread>
+
+#include "private_bus.h"
+#include "program.h"
+
+namespace quellar::tests {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kWatching = R"({"event":"watching"})";
+
+/// A device with a session bus of its own.
+class Watch : public testing::Test {
+ protected:
+  Watch() { device.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address(); }
+
+  PrivateBus bus;
+  Device device;
+};
+
+/// Waits until a file holds a text, for ten seconds at most; returns what it holds.
+std::string contentsOnce(const std::filesystem::path& file, const std::string& expected) {
+  const auto deadline = std::chrono::steady_clock::now() + 10s;
+  while (contents(file) != expected && std::chrono::steady_clock::now() < deadline) std::this_thread::sleep_for(5ms);
+  return contents(file);
+}
+
+TEST_F(Watch, SeesWhatAnotherProcessSetsAndTheValueIsInTheFileByThen) {
+  const auto watching = device.start({"watch", "--json"});
+  EXPECT_EQ(watching->readLine(), kWatching);
+  EXPECT_EQ(device.run({"set", "Status Bar", "disablesBatterySTBIcon", "on"}), succeeded(""));
+  EXPECT_EQ(watching->readLine(),
+            R"({"centre":"darwin","name":"com.vantorick.quellar2.settings","object":null,"userInfo":null})");
+  EXPECT_EQ(watching->readLine(),
+            R"({"centre":"distributed","name":"com.vantorick.quellar2.statusbaritems","object":"string object",)"
+            R"("userInfo":{"barItem":8,"enabled":true}})");
+  EXPECT_EQ(device.run({"get", "Status Bar", "disablesBatterySTBIcon"}), succeeded("true\n"));
+  watching->signal(SIGTERM);
+  EXPECT_EQ(watching->wait(), succeeded(""));
+}
+
+TEST_F(Watch, PrintsLinesForPeople) {
+  const auto watching = device.start({"watch"});
+  // It says nothing when it begins to listen.
+  do {
+    EXPECT_EQ(device.run({"set", "Status Bar", "usesLowercaseAMPM", "on"}), succeeded(""));
+  } while (!watching->hasLine(100ms));
+  EXPECT_EQ(watching->readLine(), "darwin com.vantorick.quellar2.settings");
+  EXPECT_EQ(device.run({"set", "Status Bar", "disablesBatterySTBIcon", "on"}), succeeded(""));
+  std::string line;
+  do line = watching->readLine();
+  while (line == "darwin com.vantorick.quellar2.settings");
+  EXPECT_EQ(line, R"(distributed com.vantorick.quellar2.statusbaritems "string object" {"barItem":8,"enabled":true})");
+  watching->signal(SIGINT);
+  EXPECT_EQ(watching->wait(), succeeded(""));
+}
+
+TEST_F(Watch, SetReturnsOnceItsDelayedPostsAreOnTheBus) {
+  const auto watching = device.start({"watch", "--json"});
+  EXPECT_EQ(watching->readLine(), kWatching);
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_EQ(device.run({"set", "Custom Carrier Strings", "usesCustomCarrierText", "on"}), succeeded(""));
+  EXPECT_GE(std::chrono::steady_clock::now() - before, 100ms);
+  EXPECT_EQ(watching->readLine(),
+            R"({"centre":"distributed","name":"com.vantorick.quellar2.settings.uikit","object":null,"userInfo":null})");
+  EXPECT_EQ(
+      watching->readLine(),
+      R"({"centre":"distributed","name":"com.vantorick.quellar2.statusbarcarrier","object":null,"userInfo":null})");
+}
+
+TEST_F(Watch, HearsASessionThatWasGivenTheBusAndNoOther) {
+  const auto watching = device.start({"watch", "--json"});
+  EXPECT_EQ(watching->readLine(), kWatching);
+  const std::string script = R"({"do":"open","page":"Status Bar"})"
+                             "\n"
+                             R"({"do":"set","row":"usesLowercaseAMPM","value":true})"
+                             "\n";
+  EXPECT_EQ(device.run({"session"}, script).code, 0);
+  EXPECT_EQ(device.run({"session", "--bus"}, script + R"({"do":"set","row":"disablesVPNSTBIcon","value":true})").code,
+            0);
+  EXPECT_EQ(watching->readLine(),
+            R"({"centre":"darwin","name":"com.vantorick.quellar2.settings","object":null,"userInfo":null})");
+  EXPECT_EQ(watching->readLine(),
+            R"({"centre":"darwin","name":"com.vantorick.quellar2.settings","object":null,"userInfo":null})");
+  EXPECT_EQ(watching->readLine(),
+            R"({"centre":"distributed","name":"com.vantorick.quellar2.statusbaritems","object":"string object",)"
+            R"("userInfo":{"barItem":24,"enabled":true}})");
+}
+
+TEST_F(Watch, RunsTheCommandsOfANotificationWithWhatCameWithIt) {
+  const auto file = device.folder().path() / "told";
+  const std::string tell =
+      "printf '%s|%s|%s\\n' \"$QUELLAR_NAME\" \"$QUELLAR_OBJECT\" \"$QUELLAR_USERINFO\" >> '" + file.string() + "'";
+  // The variables of the caller must not show through.
+  device.environment["QUELLAR_OBJECT"] = "of the caller";
+  const auto watching =
+      device.start({"watch", "--json", "--exec", "com.vantorick.quellar2.statusbaritems=" + tell, "--exec",
+                    "com.vantorick.quellar2.statusbarcarrier=read line; " + tell + "; exit 3"});
+  EXPECT_EQ(watching->readLine(), kWatching);
+  EXPECT_EQ(device.run({"set", "Status Bar", "disablesBatterySTBIcon", "off"}), succeeded(""));
+  const std::string first = "com.vantorick.quellar2.statusbaritems|string object|{\"barItem\":8,\"enabled\":false}\n";
+  EXPECT_EQ(contentsOnce(file, first), first);
+  EXPECT_EQ(device.run({"set", "Custom Carrier Strings", "usesCustomCarrierText", "on"}), succeeded(""));
+  const std::string second = first + "com.vantorick.quellar2.statusbarcarrier||null\n";
+  EXPECT_EQ(contentsOnce(file, second), second) << "a command that reads finds the end of its input";
+
+  for (int line = 0; line < 4; ++line) watching->readLine();
+  const std::string children =
+      "/proc/" + std::to_string(watching->process()) + "/task/" + std::to_string(watching->process()) + "/children";
+  EXPECT_EQ(contentsOnce(children, ""), "") << "no child is left behind, dead or alive";
+  watching->signal(SIGTERM);
+  EXPECT_EQ(watching->wait(), succeeded(""));
+}
+
+TEST_F(Watch, EndsWithAnErrorWhenTheBusGoes) {
+  const auto watching = device.start({"watch", "--json"});
+  EXPECT_EQ(watching->readLine(), kWatching);
+  bus.daemon().kill();
+  EXPECT_EQ(watching->wait(), (Ended{1, "", "quellar: the session bus is gone\n"}));
+}
+
+TEST(WatchWithoutABus, FailsInOneLine) {
+  Device device;
+  EXPECT_EQ(device.run({"watch"}),
+            (Ended{1, "", "quellar: there is no session bus: DBUS_SESSION_BUS_ADDRESS is not set\n"}));
+  const std::string address = "unix:path=" + device.folder().path().string() + "/none";
+  device.environment["DBUS_SESSION_BUS_ADDRESS"] = address;
+  EXPECT_EQ(device.run({"watch", "--json"}), (Ended{1, "", "quellar: there is no session bus at " + address + "\n"}));
+}
+
+TEST(SetWithoutABus, StoresAllTheSame) {
+  Device device;
+  device.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + device.folder().path().string() + "/none";
+  EXPECT_EQ(device.run({"set", "Status Bar", "disablesVPNSTBIcon", "on"}), succeeded(""));
+  EXPECT_EQ(device.run({"get", "Status Bar", "disablesVPNSTBIcon"}), succeeded("true\n"));
+}
+
+TEST_F(Watch, StillHearsThePostsOfAWriteThatFailed) {
+  const auto watching = device.start({"watch", "--json"});
+  EXPECT_EQ(watching->readLine(), kWatching);
+  std::filesystem::create_directories(device.store());
+  EXPECT_EQ(device.run({"set", "Status Bar", "usesLowercaseAMPM", "on"}).code, 1);
+  EXPECT_EQ(watching->readLine(),
+            R"({"centre":"darwin","name":"com.vantorick.quellar2.settings","object":null,"userInfo":null})");
+}
+
+}  // namespace
+}  // namespace quellar::tests

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "accessible_window.h"
+#include "host/linux/file_preferences.h"
+
+namespace quellar::tests {
+namespace {
+
+using host::linux::BusNotification;
+using platform::Dictionary;
+using platform::Value;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+
+constexpr const char* kDomain = "com.vantorick.quellar2";
+
+Dictionary stored(const AccessibleWindow& window) {
+  host::linux::FilePreferences store((host::linux::DeviceRoot(window.root().path())));
+  const auto value = store.copyAppValue("StatusBar_Defaults", kDomain);
+  const auto* dictionary = value ? value->as<Dictionary>() : nullptr;
+  return dictionary ? *dictionary : Dictionary();
+}
+
+BusNotification darwin(const std::string& name) {
+  return {BusNotification::Centre::Darwin, name, std::nullopt, std::nullopt};
+}
+
+class AccessibilityTest : public testing::Test {
+ protected:
+  static void SetUpTestSuite() { AccessibleDesktop::shared(); }
+};
+
+TEST_F(AccessibilityTest, DISABLED_NamesEveryRowByItsLabelAndRoleInReadingOrder) {
+  AccessibleWindow window({"--page", "Custom Carrier Strings"}, [](const TemporaryFolder& root) {
+    host::linux::FilePreferences((host::linux::DeviceRoot(root.path())))
+        .setAppValue("StatusBar_Defaults", Value(Dictionary{{"usesCustomCarrierText", true}}), kDomain);
+  });
+  (void)window.find("heading", "WiFi Calling Carrier String");
+  auto listed = window.listed();
+  std::erase_if(listed, [](const auto& object) { return object.second.empty(); });
+  ASSERT_GE(listed.size(), 2U);
+  // The program and its window come first.
+  listed.erase(listed.begin(), listed.begin() + 2);
+  std::ranges::sort(listed.begin(), listed.begin() + 2);
+  EXPECT_THAT(listed,
+              ElementsAre(Pair("heading", "Custom Carrier Strings"), Pair("push button", "Status Bar"),
+                          Pair("heading", "Default Carrier String"), Pair("check box", "Use Custom String"),
+                          Pair("entry", "Text:"), Pair("heading", "No Service Carrier String"),
+                          Pair("check box", "Use Custom String"), Pair("heading", "Searching... Carrier String"),
+                          Pair("check box", "Use Custom String"), Pair("heading", "WiFi Calling Carrier String"),
+                          Pair("check box", "Use Custom String")));
+}
+
+TEST_F(AccessibilityTest, DescribesAGroupByItsFooter) {
+  AccessibleWindow window({"--page", "Status Bar"});
+  EXPECT_EQ(window.find("heading", "Appearance").description(),
+            "The no bold option will require a respring to take effect");
+}
+
+TEST_F(AccessibilityTest, DISABLED_HasEveryRowOfAPageWithinASecondOfItsOpening) {
+  AccessibleWindow window;
+  window.find("push button", "Status Bar").act("Press");
+  (void)window.find("heading", "Appearance");
+  const auto opened = std::chrono::steady_clock::now();
+  (void)window.find("check box", "Wifi");
+  EXPECT_LT(std::chrono::steady_clock::now() - opened, std::chrono::seconds(1));
+}
+
+TEST_F(AccessibilityTest, StoresAndPostsASwitchThatIsToggled) {
+  AccessibleWindow window({"--page", "Status Bar"});
+  const Accessible battery = window.find("check box", "Battery (+ Bolt)");
+  EXPECT_FALSE(battery.has(ATSPI_STATE_CHECKED));
+  ASSERT_TRUE(battery.act("Toggle"));
+  ASSERT_TRUE(eventually([&] { return window.notifications().size() == 2; }));
+  EXPECT_EQ(stored(window), (Dictionary{{"disablesBatterySTBIcon", true}}));
+  EXPECT_THAT(window.notifications(),
+              ElementsAre(darwin("com.vantorick.quellar2.settings"),
+                          BusNotification{BusNotification::Centre::Distributed, "com.vantorick.quellar2.statusbaritems",
+                                          "string object", Dictionary{{"barItem", 8}, {"enabled", true}}}));
+  EXPECT_TRUE(window.find("check box", "Battery (+ Bolt)").has(ATSPI_STATE_CHECKED));
+}
+
+TEST_F(AccessibilityTest, DISABLED_TypesIntoATextThatHasTheFocus) {
+  AccessibleWindow window({"--page", "Status Bar"});
+  ASSERT_TRUE(window.find("check box", "Use Custom Time Format").act("Toggle"));
+  const Accessible entry = window.find("entry", "Text:");
+  EXPECT_TRUE(entry.has(ATSPI_STATE_EDITABLE));
+  ASSERT_TRUE(entry.grabFocus());
+  (void)window.find("push button", "Save");
+  window.type("hhmm");
+  EXPECT_TRUE(eventually([&] { return window.find("entry", "Text:").text() == "hhmm"; }));
+  EXPECT_EQ(stored(window), (Dictionary{{"usesCustomTimeFormatter", true}}));
+  ASSERT_TRUE(window.find("push button", "Save").act("Press"));
+  EXPECT_TRUE(eventually([&] { return !window.shows("push button", "Save"); }));
+  EXPECT_EQ(stored(window), (Dictionary{{"usesCustomTimeFormatter", true}, {"userCustomClockFormatter", "hhmm"}}));
+}
+
+TEST_F(AccessibilityTest, OffersARespringAsADialogWithItsButtons) {
+  AccessibleWindow window;
+  const auto buttons = [&] {
+    std::vector<std::string> names;
+    for (const Accessible& child : window.find("dialog", "Are You Sure?").children()) {
+      if (child.role() == "push button") names.push_back(child.name());
+    }
+    return names;
+  };
+  ASSERT_TRUE(window.find("push button", "Respring").act("Press"));
+  EXPECT_THAT(buttons(), ElementsAre("Respring", "Not Right Now"));
+  ASSERT_TRUE(window.find("push button", "Not Right Now").act("Press"));
+  EXPECT_TRUE(eventually([&] { return !window.shows("dialog", "Are You Sure?"); }));
+  EXPECT_THAT(window.notifications(), IsEmpty());
+
+  ASSERT_TRUE(window.find("push button", "Respring").act("Press"));
+  for (const Accessible& child : window.find("dialog", "Are You Sure?").children()) {
+    if (child.name() == "Respring") {
+      EXPECT_TRUE(child.act("Press"));
+    }
+  }
+  ASSERT_TRUE(eventually([&] { return !window.notifications().empty(); }));
+  EXPECT_THAT(window.notifications(), ElementsAre(darwin("com.vantorick.quellar2.respring")));
+}
+
+TEST_F(AccessibilityTest, DISABLED_GoesToAPageAndBackByPresses) {
+  AccessibleWindow window;
+  ASSERT_TRUE(window.find("push button", "Status Bar").act("Press"));
+  (void)window.find("heading", "Status Bar");
+  EXPECT_TRUE(eventually([&] { return !window.shows("push button", "Medusa"); }));
+  ASSERT_TRUE(window.find("push button", "Custom Carrier Strings").act("Press"));
+  (void)window.find("heading", "Default Carrier String");
+  ASSERT_TRUE(window.find("push button", "Status Bar").act("Press"));
+  (void)window.find("heading", "Appearance");
+  ASSERT_TRUE(window.find("push button", "Quellar").act("Press"));
+  (void)window.find("heading", "Quellar");
+  EXPECT_TRUE(window.find("push button", "Status Bar").has(ATSPI_STATE_FOCUSED));
+}
+
+TEST_F(AccessibilityTest, DISABLED_ScrollsToARowThatGetsTheFocus) {
+  AccessibleWindow window({"--page", "Status Bar"});
+  const Accessible last = window.find("check box", "Wifi");
+  EXPECT_GT(last.extents().y, 1000);
+  ASSERT_TRUE(last.grabFocus());
+  EXPECT_TRUE(eventually([&] {
+    const AtspiRect extents = window.find("check box", "Wifi").extents();
+    return extents.y > 0 && extents.y + extents.height <= 844;
+  }));
+  EXPECT_TRUE(window.find("check box", "Wifi").has(ATSPI_STATE_FOCUSED));
+}
+
+TEST_F(AccessibilityTest, OpensAtARow) {
+  AccessibleWindow window({"--page", "status-bar/disablesVPNSTBIcon"});
+  EXPECT_TRUE(eventually([&] { return window.find("check box", "VPN").has(ATSPI_STATE_FOCUSED); }));
+  EXPECT_LT(window.find("check box", "VPN").extents().y, 800);
+}
+
+TEST_F(AccessibilityTest, OpensAtTheSwitchOfARowThatIsNotShown) {
+  AccessibleWindow window({"--page", "status-bar/userCustomClockFormatter"});
+  EXPECT_TRUE(eventually([&] { return window.find("check box", "Use Custom Time Format").has(ATSPI_STATE_FOCUSED); }));
+}
+
+TEST_F(AccessibilityTest, TellsWhatIsWrongWithTheStore) {
+  AccessibleWindow window({}, [](const TemporaryFolder& root) {
+    root.write("private/var/mobile/Library/Preferences/com.vantorick.quellar2.plist", "this is no property list");
+  });
+  std::string told;
+  EXPECT_TRUE(eventually([&] {
+    for (const auto& [role, name] : window.listed()) {
+      if (role == "alert") told = name;
+    }
+    return !told.empty();
+  }));
+  EXPECT_THAT(told, HasSubstr("com.vantorick.quellar2.plist: "));
+}
+
+}  // namespace
+}  // namespace quellar::tests

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <atspi/atspi.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "bus/private_bus.h"
+#include "host/linux/bus.h"
+#include "support/temporary_folder.h"
+
+namespace quellar::tests {
+
+/// Waits until `holds` returns true, trying again all the time; false where ten seconds were not enough.
+bool eventually(const std::function<bool()>& holds);
+
+/// An X server without a screen, a session bus and an accessibility bus of their own, as a screen reader finds them.
+/// A process can have one: the client library keeps its connection for good.
+class AccessibleDesktop {
+ public:
+  static AccessibleDesktop& shared();
+
+  [[nodiscard]] const std::string& busAddress() const { return bus_.address(); }
+
+ private:
+  AccessibleDesktop();
+
+  PrivateBus bus_;
+  TemporaryFolder home_;
+  std::unique_ptr<Process> display_;
+  std::unique_ptr<Process> launcher_;
+};
+
+/// An object of another program, as a screen reader sees it.
+class Accessible {
+ public:
+  /// Takes over the reference.
+  explicit Accessible(AtspiAccessible* object) : object_(object, g_object_unref) {}
+
+  [[nodiscard]] std::string name() const;
+  [[nodiscard]] std::string description() const;
+  /// "check box", "push button", ...
+  [[nodiscard]] std::string role() const;
+  [[nodiscard]] bool has(AtspiStateType state) const;
+  [[nodiscard]] std::vector<Accessible> children() const;
+  [[nodiscard]] AtspiRect extents() const;
+  /// The text of an entry.
+  [[nodiscard]] std::string text() const;
+  [[nodiscard]] std::vector<std::string> actions() const;
+
+  /// Does the action of a name; false where there is none.
+  bool act(std::string_view action) const;
+  bool grabFocus() const;
+
+ private:
+  std::shared_ptr<AtspiAccessible> object_;
+};
+
+/// The program's window in another process, driven through the accessibility bus alone.
+class AccessibleWindow {
+ public:
+  /// Takes further arguments of the program; it gets a device root of its own.
+  explicit AccessibleWindow(std::vector<std::string> arguments = {},
+                            const std::function<void(const TemporaryFolder&)>& prepare = {});
+
+  [[nodiscard]] const TemporaryFolder& root() const { return root_; }
+  /// All objects of the window that are shown, in reading order.
+  [[nodiscard]] std::vector<Accessible> objects() const;
+  /// The first object of a role and name that comes within the time limit; fails the test where none does.
+  [[nodiscard]] Accessible find(std::string_view role, std::string_view name) const;
+  [[nodiscard]] bool shows(std::string_view role, std::string_view name) const;
+  /// Role and name of all objects, in reading order.
+  [[nodiscard]] std::vector<std::pair<std::string, std::string>> listed() const;
+
+  /// The notifications that have arrived at this process so far.
+  const std::vector<host::linux::BusNotification>& notifications();
+  /// Waits until the program has ended by itself after its window was asked to close.
+  void type(const std::string& text) const;
+
+ private:
+  [[nodiscard]] std::optional<Accessible> application() const;
+
+  TemporaryFolder root_;
+  host::linux::Bus bus_;
+  std::vector<host::linux::BusNotification> notifications_;
+  std::unique_ptr<Process> program_;
+};
+
+}  // namespace quellar::tests

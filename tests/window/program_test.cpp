@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <QGuiApplication>
+#include <QImage>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "host/linux/file_preferences.h"
+#include "support/temporary_folder.h"
+
+namespace quellar::tests {
+namespace {
+
+using platform::Dictionary;
+using platform::Value;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+
+struct Outcome {
+  int code = -1;
+  std::string output;
+  std::string errors;
+};
+
+std::string contents(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// The program on a machine without a display and without a session bus.
+class ProgramTest : public testing::Test {
+ protected:
+  Outcome run(const std::string& arguments) {
+    const auto output = folder_.path() / "output";
+    const auto errors = folder_.path() / "errors";
+    const std::string command =
+        "env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM -u DBUS_SESSION_BUS_ADDRESS "
+        "-u XDG_RUNTIME_DIR QUELLAR_DEVICE_ROOT=" +
+        root().string() + " " QUELLAR_BIN "/quellar-settings " + arguments + " >" + output.string() + " 2>" +
+        errors.string();
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(output), contents(errors)};
+  }
+  [[nodiscard]] std::filesystem::path root() const { return folder_.path() / "root"; }
+  [[nodiscard]] std::filesystem::path pictures() const { return folder_.path() / "pictures"; }
+
+  TemporaryFolder folder_;
+};
+
+std::vector<std::string> namesIn(const std::filesystem::path& folder) {
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) names.insert(entry.path().filename());
+  return {names.begin(), names.end()};
+}
+
+// How many colours a picture has, counted up to a hundred.
+std::size_t colours(const QImage& image) {
+  std::set<QRgb> found;
+  for (int y = 0; y < image.height() && found.size() < 100; y += 3) {
+    for (int x = 0; x < image.width(); ++x) found.insert(image.pixel(x, y));
+  }
+  return found.size();
+}
+
+TEST_F(ProgramTest, TellsHelpAndVersion) {
+  const Outcome help = run("--help");
+  EXPECT_EQ(help.code, 0);
+  for (const char* option : {"--device-root", "--page", "--idiom", "--lang", "--pictures", "--scale", "--text-size",
+                             "--reduced-motion", "--help", "--version"}) {
+    EXPECT_THAT(help.output, HasSubstr(option));
+  }
+  const Outcome version = run("--version");
+  EXPECT_EQ(version.code, 0);
+  EXPECT_EQ(version.output, "quellar-settings " QUELLAR_VERSION "\n");
+  EXPECT_EQ(version.errors, "");
+}
+
+TEST_F(ProgramTest, RefusesWrongOptionsInOneLine) {
+  for (const char* arguments : {"--no-such-option", "--idiom watch", "--text-size 84", "--text-size 201",
+                                "--text-size big", "--scale 0", "--scale", "--page Nowhere", "--page ''", "stray"}) {
+    const Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.code, 2) << arguments;
+    EXPECT_EQ(outcome.output, "") << arguments;
+    EXPECT_THAT(outcome.errors, MatchesRegex("quellar-settings: [^\n]+\n")) << arguments;
+  }
+  EXPECT_THAT(run("--page Nowhere").errors, HasSubstr("\"Nowhere\""));
+  EXPECT_THAT(run("--page Nowhere").errors, HasSubstr("\"Status Bar\""));
+  EXPECT_FALSE(std::filesystem::exists(root()));
+}
+
+TEST_F(ProgramTest, RefusesARowThatThePageDoesNotHave) {
+  // The row is looked for before a window is shown; any platform will do for that.
+  const std::string offscreen = "--page status-bar/nothing";
+  const auto errors = folder_.path() / "errors";
+  const std::string command =
+      "env -u DBUS_SESSION_BUS_ADDRESS -u XDG_RUNTIME_DIR QT_QPA_PLATFORM=offscreen "
+      "QUELLAR_DEVICE_ROOT=" +
+      root().string() + " " QUELLAR_BIN "/quellar-settings " + offscreen + " 2>" + errors.string();
+  const int status = std::system(command.c_str());
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 2);
+  EXPECT_EQ(contents(errors),
+            "quellar-settings: the page \"Status Bar\" has no row \"nothing\"; `quellar rows` lists them\n");
+}
+
+TEST_F(ProgramTest, SaysSoInOneLineWhereThereIsNoDisplay) {
+  const Outcome outcome = run("");
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_EQ(outcome.output, "");
+  EXPECT_THAT(outcome.errors, MatchesRegex("quellar-settings: there is no display [^\n]+\n"));
+}
+
+TEST_F(ProgramTest, DrawsEveryPageAndDialogWithoutADisplay) {
+  const Outcome outcome = run("--pictures " + pictures().string());
+  EXPECT_EQ(outcome.errors, "");
+  ASSERT_EQ(outcome.code, 0);
+  const auto names = namesIn(pictures());
+  EXPECT_EQ(outcome.output, std::to_string(names.size()) + " pictures in " + pictures().string() + "\n");
+  EXPECT_THAT(
+      names, testing::IsSupersetOf({"custom-carrier-strings-open-phone.png", "custom-carrier-strings-open-wide.png",
+                                    "custom-carrier-strings-phone.png", "custom-carrier-strings-typing-phone.png",
+                                    "custom-carrier-strings-typing-wide.png", "custom-carrier-strings-wide.png",
+                                    "quellar-dialog-phone.png", "quellar-dialog-wide.png", "quellar-phone.png",
+                                    "quellar-wide.png", "status-bar-open-phone.png", "status-bar-open-wide.png",
+                                    "status-bar-phone.png", "status-bar-typing-phone.png", "status-bar-typing-wide.png",
+                                    "status-bar-wide.png"}));
+  std::set<std::string> different;
+  for (const std::string& name : names) {
+    const QImage picture(QString::fromStdString((pictures() / name).string()));
+    const bool phone = name.ends_with("-phone.png");
+    EXPECT_EQ(picture.size(), phone ? QSize(780, 1688) : QSize(2360, 1640)) << name;
+    EXPECT_GE(colours(picture), 20U) << name;
+    different.insert(contents(pictures() / name));
+  }
+  EXPECT_EQ(different.size(), names.size());
+}
+
+TEST_F(ProgramTest, TouchesNoValueForThePictures) {
+  const Dictionary values{{"usesCustomTimeFormatter", true}, {"userCustomClockFormatter", "HH:mm"}};
+  {
+    host::linux::FilePreferences store((host::linux::DeviceRoot(root())));
+    store.setAppValue("StatusBar_Defaults", Value(values), "com.vantorick.quellar2");
+  }
+  const auto file = root() / "var/mobile/Library/Preferences/com.vantorick.quellar2.plist";
+  const std::string before = contents(file);
+  ASSERT_FALSE(before.empty());
+  ASSERT_EQ(run("--pictures " + pictures().string()).code, 0);
+  EXPECT_EQ(contents(file), before);
+}
+
+TEST_F(ProgramTest, DrawsAtTheScaleAndTextSizeThatAreAskedFor) {
+  ASSERT_EQ(run("--scale 1 --text-size 200 --lang ar-XB --pictures " + pictures().string()).code, 0);
+  EXPECT_EQ(QImage(QString::fromStdString((pictures() / "quellar-phone.png").string())).size(), QSize(390, 844));
+}
+
+TEST_F(ProgramTest, NamesTheFileThatAPictureCannotBeWrittenTo) {
+  folder_.write("blocked", "a file, no folder");
+  const Outcome outcome = run("--pictures " + (folder_.path() / "blocked" / "pictures").string());
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_THAT(outcome.errors, MatchesRegex("quellar-settings: .*/blocked/pictures: [^\n]+\n"));
+}
+
+}  // namespace
+}  // namespace quellar::tests
