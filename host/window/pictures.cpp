@@ -101,7 +101,10 @@ class Studio {
   }
 
   void open(const frame::PageRegistry::Entry& entry, const std::vector<std::string>& keys, bool blocksOpen) {
-    while (panel_.navigation().popViewController(false)) {
+    // The first page stays, where it has come to rest already.
+    const bool isFirst = &entry == &panel_.pages().entries().front();
+    while (panel_.navigation().viewControllers().size() > (isFirst ? 0U : 1U)) {
+      panel_.navigation().popViewController(false);
     }
     panel_.throwaway()->clear();
     if (!keys.empty()) {

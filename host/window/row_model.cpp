@@ -82,6 +82,7 @@ ShownRow rowOf(PSListController& page, PSSpecifier& specifier, std::size_t place
   row.label = QString::fromStdString(specifier.name());
   row.identifier = QString::fromStdString(identifier.value_or(""));
   row.key = row.kind.toStdString() + (identifier ? "#" + *identifier : ":" + specifier.name());
+  row.opens = QString::fromStdString(specifier.detailControllerClass());
   row.icon = iconAddress(specifier);
   row.enabled = specifier.enabled();
   row.placeholder = QString::fromStdString(specifier.stringForKey("placeholder"));
@@ -164,6 +165,7 @@ const std::vector<Role>& roles() {
       {"kind", [](const ShownRow& row) { return row.kind; }},
       {"label", [](const ShownRow& row) { return row.label; }},
       {"identifier", [](const ShownRow& row) { return row.identifier; }},
+      {"opens", [](const ShownRow& row) { return row.opens; }},
       {"icon", [](const ShownRow& row) { return row.icon; }},
       {"iconColumn", [](const ShownRow& row) { return row.iconColumn; }},
       {"checked", [](const ShownRow& row) { return row.checked; }},
@@ -227,6 +229,11 @@ int RowModel::indexOf(const QString& identifier) const {
   return found == rows_.end() ? -1 : static_cast<int>(found - rows_.begin());
 }
 
+int RowModel::indexOpening(const QString& className) const {
+  const auto found = std::ranges::find(rows_, className, &ShownRow::opens);
+  return className.isEmpty() || found == rows_.end() ? -1 : static_cast<int>(found - rows_.begin());
+}
+
 QString RowModel::kindAt(int index) const {
   return index >= 0 && index < count() ? rows_[static_cast<std::size_t>(index)].kind : QString();
 }
@@ -247,6 +254,8 @@ PSSpecifier::Pointer RowModel::specifierAt(int index) const {
 }
 
 void RowModel::activate(int index) {
+  // What the tap shows comes on top of this page.
+  if (kindAt(index) != "switch") emit aboutToBeTapped();
   const auto specifier = specifierAt(index);
   if (!specifier) return;
   // What the row does may take its page off the screen.

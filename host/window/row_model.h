@@ -22,6 +22,8 @@ struct ShownRow {
   QString kind;
   QString label;
   QString identifier;
+  /// The class of the page that the row opens, "" for none.
+  QString opens;
   /// Address of the icon's image, "" for none.
   QString icon;
   /// Some row of the group has an icon, so that the labels of all keep room for one.
@@ -73,6 +75,8 @@ class RowModel final : public QAbstractListModel, public platform::ListObserver 
 
   /// The row of an identifier, its first place; -1 where no row has it.
   Q_INVOKABLE int indexOf(const QString& identifier) const;
+  /// The row that opens a page class; -1 where none does.
+  Q_INVOKABLE int indexOpening(const QString& className) const;
   /// The kind of a row ("switch"); "" where there is none.
   Q_INVOKABLE QString kindAt(int index) const;
   /// The next row from `from` in direction `step` (1 or -1) that can have the focus; -1 where there is none.
@@ -96,6 +100,8 @@ class RowModel final : public QAbstractListModel, public platform::ListObserver 
   void valuesChanged(platform::PSListController& page) override;
 
  signals:
+  /// A row is about to be tapped, which may show another page.
+  void aboutToBeTapped();
   void countChanged();
   void animatedChanged();
 

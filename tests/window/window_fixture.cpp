@@ -88,7 +88,7 @@ void WindowTest::settle() {
   window_->navigation().settle();
   const auto atRest = [this] {
     const QQuickItem* top = list() ? list()->parentItem() : nullptr;
-    return panel().mainQueue().idle() && top && top->x() == 0 &&
+    return panel().mainQueue().idle() && top && top->property("shift").toReal() == 0 &&
            window_->navigation().rowCount() == window_->navigation().depth();
   };
   ASSERT_TRUE(eventually(atRest));

@@ -18,6 +18,8 @@ FocusScope {
     readonly property ListView list: ListView.view
     property color labelColor: row.titleColor
     property bool pressable: true
+    // The row stands for the page that is shown beside it.
+    property bool selected: false
     property bool focusVisible: row.activeFocus && row.list && row.list.keyboardInUse
     property alias trailing: trailingSlot.data
     property real trailingWidth: 0
@@ -60,7 +62,7 @@ FocusScope {
         height: row.height
         first: row.first
         last: row.last
-        color: area.pressed && row.pressable ? Theme.pressed : Theme.card
+        color: area.pressed && row.pressable ? Theme.pressed : row.selected ? Theme.selected : Theme.card
 
         Behavior on color {
             // A touch that begins a scroll should not light the row up.

@@ -10,36 +10,51 @@ FocusScope {
     required property QtObject status
     required property QtObject rowOrder
 
+    // The page that stands beside this one, and the class of the one that the rows here may stand for.
+    property Item neighbour: null
+    property string detailClass: ""
+    property alias leads: bar.leads
     property alias list: list
     property alias bar: bar
 
     signal backTapped
-    signal barTapped(string side)
+    signal barTapped(string side, Item button)
 
     // Before the page goes: rows that are still being made must not outlive it.
     function close() {
         list.model = null;
     }
 
-    // Focus goes round: the bar's buttons, then the rows, in the order in which they are seen.
+    // Focus goes round: the bar's buttons, then the rows, in the order in which they are seen, then the page beside
+    // this one.
     function moveFocus(step) {
-        const buttons = [bar.backItem, bar.leftItem, bar.rightItem].filter(item => item.visible);
-        const onBar = buttons.findIndex(item => item.activeFocus);
-        const first = list.rows.nextFocusable(-1, 1);
-        const last = list.rows.nextFocusable(list.count, -1);
-        if (onBar < 0) {
-            const next = list.rows.nextFocusable(list.currentIndex, step);
-            if (next >= 0)
-                list.focusRow(next);
-            else if (buttons.length > 0)
-                buttons[step > 0 ? 0 : buttons.length - 1].forceActiveFocus(Qt.TabFocusReason);
-            else
-                list.focusRow(step > 0 ? first : last);
-        } else if (onBar + step >= 0 && onBar + step < buttons.length) {
-            buttons[onBar + step].forceActiveFocus(Qt.TabFocusReason);
-        } else if (first >= 0) {
-            list.focusRow(step > 0 ? first : last);
-        }
+        const stops = focusStops();
+        const onBar = stops.buttons.findIndex(item => item.activeFocus);
+        const row = onBar < 0 ? list.rows.nextFocusable(list.currentIndex, step) : step > 0 && onBar === stops.buttons.length - 1 ? stops.first : -1;
+        const button = onBar < 0 ? (step < 0 ? stops.buttons.length - 1 : -1) : onBar + step;
+        if (row >= 0)
+            list.focusRow(row);
+        else if (button >= 0 && button < stops.buttons.length)
+            stops.buttons[button].forceActiveFocus(Qt.TabFocusReason);
+        else
+            (neighbour ?? view).enter(step);
+    }
+    // The focus comes to this page, at its beginning or its end.
+    function enter(step) {
+        const stops = focusStops();
+        if (step > 0 && stops.buttons.length > 0)
+            stops.buttons[0].forceActiveFocus(Qt.TabFocusReason);
+        else if (stops.first >= 0)
+            list.focusRow(step > 0 ? stops.first : stops.last);
+        else if (stops.buttons.length > 0)
+            stops.buttons[stops.buttons.length - 1].forceActiveFocus(Qt.TabFocusReason);
+    }
+    function focusStops() {
+        return {
+            buttons: [bar.backItem, bar.leftItem, bar.rightItem].filter(item => item.visible),
+            first: list.rows.nextFocusable(-1, 1),
+            last: list.rows.nextFocusable(list.count, -1)
+        };
     }
 
     Keys.onPressed: event => {
@@ -84,7 +99,7 @@ FocusScope {
         keyboardInUse: view.status.keyboardInUse
         lifted: list.contentY > list.originY + 4
         onBackTapped: view.backTapped()
-        onBarTapped: side => view.barTapped(side)
+        onBarTapped: (side, button) => view.barTapped(side, button)
     }
 
     Banner {
@@ -102,6 +117,7 @@ FocusScope {
 
         readonly property QtObject rows: view.page.rows
         readonly property bool keyboardInUse: view.status.keyboardInUse
+        readonly property string detailClass: view.detailClass
         readonly property bool editing: view.Window.activeFocusItem instanceof TextInput
 
         // On a page that has just come up the focus starts at its first row; a text is not opened for that.
