@@ -391,10 +391,10 @@ TEST_F(StepperRowTest, GoesOnSteppingWhileItIsHeldAndStopsWhenItIsLetGo) {
   press(at);
   EXPECT_EQ(stored("Dock_Defaults"), dock(1));
   EXPECT_TRUE(eventually([this] { return text(row("Max Icons"), "4") != nullptr; }));
+  const Dictionary last = stored("Dock_Defaults");
   release(at);
-  const Dictionary after = stored("Dock_Defaults");
   QTest::qWait(300);
-  EXPECT_EQ(stored("Dock_Defaults"), after);
+  EXPECT_EQ(stored("Dock_Defaults"), last);
 }
 
 TEST_F(StepperRowTest, GoesOnSteppingThoughThePageBuildsItsRowsAnewAtEachStep) {

@@ -119,7 +119,7 @@ TEST_F(WindowTest, MovesTheRowsBelowABlockTogether) {
   EXPECT_TRUE(eventually([&] {
     const double top = topOf(second);
     seenBetween = seenBetween || (top > secondTop && top < end);
-    EXPECT_EQ(topOf(last) - top, distance);
+    EXPECT_NEAR(topOf(last) - top, distance, 1e-6);
     return top == end;
   }));
   EXPECT_TRUE(seenBetween);
