@@ -10,7 +10,6 @@
 namespace quellar::tests {
 namespace {
 
-using host::window::DialogModel;
 using platform::Dictionary;
 using platform::PSCellType;
 using platform::Specifiers;

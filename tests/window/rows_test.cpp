@@ -16,7 +16,6 @@ namespace {
 
 using platform::Dictionary;
 using platform::PSCellType;
-using platform::PSSpecifier;
 using platform::Specifiers;
 using platform::Value;
 using testing::ElementsAre;
@@ -727,7 +726,7 @@ TEST_F(AccessibleRowTest, PickerIsAButtonAndItsChoicesAreRadioButtons) {
   EXPECT_EQ(picker.text(QAccessible::Description).toStdString(), "Very White Blur");
   act(picker, QAccessibleActionInterface::pressAction());
   settle();
-  QAccessibleInterface& white = seen(row("Very White Blur"));
+  const QAccessibleInterface& white = seen(row("Very White Blur"));
   QAccessibleInterface& normal = seen(row("Normal"));
   EXPECT_EQ(white.role(), QAccessible::RadioButton);
   EXPECT_TRUE(white.state().checked);
