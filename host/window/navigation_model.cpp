@@ -142,4 +142,8 @@ void NavigationModel::dialogDismissed() {
   dialog_.hide();
 }
 
+void NavigationModel::dialogTextChanged(const std::string& text) {
+  dialog_.showText(text);
+}
+
 }  // namespace quellar::host::window

@@ -55,6 +55,7 @@ class NavigationModel final : public QAbstractListModel, public platform::Naviga
   void titleViewFades(platform::ViewController& controller, double to, std::chrono::nanoseconds duration) override;
   void dialogShown(const platform::Dialog& dialog) override;
   void dialogDismissed() override;
+  void dialogTextChanged(const std::string& text) override;
   void keyboardChanged(bool /*visible*/) override {}
 
  signals:

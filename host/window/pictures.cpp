@@ -94,9 +94,21 @@ class Studio {
     open(entry, keys, true);
     window_.revealRow(QString::fromStdString(keys.front()));
     save(name + "-open");
-    if (const int text = firstTextRow(); text >= 0) {
+    if (const int text = firstRow("text"); text >= 0) {
       QMetaObject::invokeMethod(&window_.window(), "revealRow", Q_ARG(QVariant, text));
       save(name + "-typing");
+    }
+    if (const int slider = firstRow("typedSlider"); slider >= 0) {
+      window_.navigation().top()->rows()->enterValue(slider);
+      saveDialog(name + "-entry");
+    }
+    if (const int picker = firstRow("picker"); picker >= 0) {
+      window_.navigation().top()->rows()->activate(picker);
+      window_.navigation().settle();
+      RowModel& choices = *window_.navigation().top()->rows();
+      choices.activate(choices.nextFocusable(choices.nextFocusable(-1, 1), 1));
+      save(name + "-choices");
+      panel_.navigation().popViewController(false);
     }
   }
 
@@ -133,10 +145,11 @@ class Studio {
     QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
   }
 
-  int firstTextRow() {
+  // The first row of a kind on the page; -1 where there is none.
+  int firstRow(const char* kind) {
     const auto& rows = window_.navigation().top()->rows()->rows();
-    const auto text = std::ranges::find(rows, QString("text"), &ShownRow::kind);
-    return text == rows.end() ? -1 : static_cast<int>(text - rows.begin());
+    const auto found = std::ranges::find(rows, QString(kind), &ShownRow::kind);
+    return found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
   }
 
   // Dialogs that several pages show are drawn once.

@@ -24,6 +24,11 @@ FocusScope {
     property alias trailing: trailingSlot.data
     property real trailingWidth: 0
     property real trailingHeight: 0
+    // What stands under the label, over the whole width.
+    property alias below: belowSlot.data
+    property real belowHeight: 0
+    property real leastLine: Theme.rowHeight
+    readonly property real lineHeight: Math.max(leastLine, labelText.implicitHeight + 2 * 13, trailingHeight + 2 * 8)
     readonly property real labelStart: iconColumn ? Theme.inset + Theme.iconSize + Theme.iconGap : Theme.inset
     // What label and control share.
     readonly property real room: card.width - labelStart - Theme.inset
@@ -36,7 +41,7 @@ FocusScope {
     }
 
     width: ListView.view ? ListView.view.width : 0
-    implicitHeight: Math.max(Theme.rowHeight, labelText.implicitHeight + 2 * 13, trailingHeight + 2 * 8)
+    implicitHeight: lineHeight + belowHeight
     height: implicitHeight
 
     // A page that lies beneath another one is not there for a screen reader.
@@ -89,7 +94,7 @@ FocusScope {
 
         Image {
             visible: row.icon !== ""
-            anchors.verticalCenter: parent.verticalCenter
+            y: (row.lineHeight - height) / 2
             anchors.left: parent.left
             anchors.leftMargin: Theme.inset
             width: Theme.iconSize
@@ -104,7 +109,7 @@ FocusScope {
         Text {
             id: labelText
 
-            anchors.verticalCenter: parent.verticalCenter
+            y: (row.lineHeight - height) / 2
             anchors.left: parent.left
             anchors.leftMargin: row.labelStart
             anchors.right: trailingSlot.left
@@ -121,11 +126,22 @@ FocusScope {
         Item {
             id: trailingSlot
 
-            anchors.verticalCenter: parent.verticalCenter
             anchors.right: parent.right
             anchors.rightMargin: Theme.inset
             width: row.trailingWidth
-            height: parent.height
+            height: row.lineHeight
+            opacity: row.rowEnabled ? 1 : 0.4
+        }
+
+        Item {
+            id: belowSlot
+
+            y: row.lineHeight
+            anchors.left: parent.left
+            anchors.leftMargin: row.labelStart
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.inset
+            height: row.belowHeight
             opacity: row.rowEnabled ? 1 : 0.4
         }
 

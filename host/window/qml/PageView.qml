@@ -274,6 +274,32 @@ FocusScope {
                 StaticTextRow {}
             }
             DelegateChoice {
+                roleValue: "slider"
+                SliderRow {}
+            }
+            DelegateChoice {
+                roleValue: "typedSlider"
+                SliderRow {
+                    typed: true
+                }
+            }
+            DelegateChoice {
+                roleValue: "stepper"
+                StepperRow {}
+            }
+            DelegateChoice {
+                roleValue: "segment"
+                SegmentRow {}
+            }
+            DelegateChoice {
+                roleValue: "picker"
+                PickerRow {}
+            }
+            DelegateChoice {
+                roleValue: "pickerItem"
+                PickerItemRow {}
+            }
+            DelegateChoice {
                 PlaceholderRow {}
             }
         }
