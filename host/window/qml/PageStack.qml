@@ -75,8 +75,8 @@ FocusScope {
             detailClass: beside ? stack.navigation.detailClass : ""
             neighbour: !stack.columns || stack.topView === stack.firstView ? null : beside ? stack.topView : stack.firstView
 
-            onDetailClassChanged: Qt.callLater(showSelected)
-            onBesideChanged: Qt.callLater(showSelected)
+            onDetailClassChanged: selection.restart()
+            onBesideChanged: selection.restart()
             onBackTapped: {
                 if (detail && index === 1)
                     stack.firstView.list.focusRow(stack.firstView.selectedIndex());
@@ -110,8 +110,15 @@ FocusScope {
             Connections {
                 target: view.list
                 function onCountChanged() {
-                    Qt.callLater(view.showSelected);
+                    selection.restart();
                 }
+            }
+            // Once the rows have their places. A timer goes with its page, which a call put off does not.
+            Timer {
+                id: selection
+
+                interval: 0
+                onTriggered: view.showSelected()
             }
             Connections {
                 target: view.page
