@@ -38,8 +38,8 @@ QString styleName(ButtonStyle style) {
 
 }  // namespace
 
-DialogModel::DialogModel(platform::NavigationController& navigation, QObject* parent)
-    : QObject(parent), navigation_(navigation) {}
+DialogModel::DialogModel(platform::NavigationController& navigation, const TextFinder& text, QObject* parent)
+    : QObject(parent), navigation_(navigation), color_(text, this) {}
 
 void DialogModel::show(const platform::Dialog& dialog) {
   kind_ = kindName(dialog.kind);
@@ -50,6 +50,7 @@ void DialogModel::show(const platform::Dialog& dialog) {
   for (const auto& button : dialog.buttons) {
     buttons_.append(QVariantMap{{"title", QString::fromStdString(button.title)}, {"style", styleName(button.style)}});
   }
+  if (dialog.color) color_.begin(*dialog.color);
   emit contentChanged();
   shown_ = true;
   emit shownChanged();
@@ -73,6 +74,12 @@ void DialogModel::cancel() {
   } else {
     navigation_.pressDialogButton(static_cast<std::size_t>(cancel - dialog->buttons.begin()));
   }
+}
+
+void DialogModel::choose() {
+  const auto& dialog = navigation_.dialog();
+  if (!dialog || !dialog->color || !color_.settle()) return;
+  navigation_.completeColorDialog(color_.value());
 }
 
 }  // namespace quellar::host::window

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QVariantList>
 
+#include "host/window/color_model.h"
 #include "platform/dialog.h"
 #include "platform/navigation_controller.h"
 
@@ -22,11 +23,14 @@ class DialogModel final : public QObject {
   Q_PROPERTY(QVariantList buttons MEMBER buttons_ NOTIFY contentChanged)
   /// It points at the bar button at the right.
   Q_PROPERTY(bool anchored MEMBER anchored_ NOTIFY contentChanged)
+  /// What a colour dialog picks.
+  Q_PROPERTY(QObject* color READ color CONSTANT)
 
  public:
-  DialogModel(platform::NavigationController& navigation, QObject* parent);
+  DialogModel(platform::NavigationController& navigation, const TextFinder& text, QObject* parent);
 
   [[nodiscard]] bool shown() const { return shown_; }
+  [[nodiscard]] ColorModel* color() { return &color_; }
 
   void show(const platform::Dialog& dialog);
   void hide();
@@ -35,6 +39,8 @@ class DialogModel final : public QObject {
   Q_INVOKABLE void press(int index);
   /// Leaves the dialog as its cancel button would; where it has none, without an answer.
   Q_INVOKABLE void cancel();
+  /// Ends a colour dialog with the colour that is picked; a typed code that is no colour keeps it open and is refused.
+  Q_INVOKABLE void choose();
 
  signals:
   void shownChanged();
@@ -48,6 +54,7 @@ class DialogModel final : public QObject {
   QString message_;
   QVariantList buttons_;
   bool anchored_ = false;
+  ColorModel color_;
 };
 
 }  // namespace quellar::host::window

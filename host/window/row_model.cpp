@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include "cells/color_preview_cell.h"
 #include "frame/row_value.h"
 #include "host/window/image_address.h"
 #include "host/window/row_matching.h"
@@ -93,6 +94,10 @@ ShownRow rowOf(PSListController& page, PSSpecifier& specifier, std::size_t place
     row.editing = page.editedSpecifier() == &specifier;
     row.text = shownText(page, specifier, row.editing);
   }
+  if (const auto* cell = dynamic_cast<const cells::KVQuellarColorPreviewTableCell*>(specifier.cell().get())) {
+    const auto& drawn = cell->swatch();
+    row.swatch = color(drawn.colorAt(drawn.pixelWidth / 2, drawn.pixelHeight / 2));
+  }
   if (const auto& cell = specifier.cell()) {
     row.titleColor = color(cell->titleColor);
     if (cell->onTint) row.tint = color(*cell->onTint);
@@ -176,6 +181,7 @@ const std::vector<Role>& roles() {
       {"last", [](const ShownRow& row) { return row.last; }},
       {"titleColor", [](const ShownRow& row) { return row.titleColor; }},
       {"tint", [](const ShownRow& row) { return row.tint; }},
+      {"swatch", [](const ShownRow& row) { return row.swatch; }},
   };
   return all;
 }

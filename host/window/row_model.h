@@ -37,6 +37,8 @@ struct ShownRow {
   bool last = false;
   QColor titleColor;
   QColor tint;
+  /// The colour of a colour row's swatch, as it is drawn.
+  QColor swatch;
   /// The row's place in the page's own list.
   std::size_t place = 0;
 

@@ -29,6 +29,8 @@ class WindowTest : public testing::Test {
     host::window::Idiom idiom = host::window::Idiom::phone;
     QSize size{390, 844};
     bool reducedMotion = true;
+    bool rightToLeft = false;
+    double textScale = 1;
   };
   /// Opens the window at a page ("Status Bar").
   void open(const std::string& page, const Setup& setup);

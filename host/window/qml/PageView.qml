@@ -2,7 +2,7 @@
 import QtQuick
 import Qt.labs.qmlmodels
 
-// One page: its bar and its rows.
+// One page: its bar and its rows, or the previews that it has in their place.
 FocusScope {
     id: view
 
@@ -12,6 +12,9 @@ FocusScope {
 
     property alias list: list
     property alias bar: bar
+    // The grid of previews on a page that has one, else null.
+    readonly property Item grid: previews.item
+    readonly property Flickable scroller: grid ? grid.flickable : list
 
     signal backTapped
     signal barTapped(string side)
@@ -25,6 +28,11 @@ FocusScope {
     function moveFocus(step) {
         const buttons = [bar.backItem, bar.leftItem, bar.rightItem].filter(item => item.visible);
         const onBar = buttons.findIndex(item => item.activeFocus);
+        if (grid) {
+            const stops = buttons.concat(grid);
+            stops[(Math.max(0, stops.findIndex(item => item.activeFocus)) + step + stops.length) % stops.length].forceActiveFocus(Qt.TabFocusReason);
+            return;
+        }
         const first = list.rows.nextFocusable(-1, 1);
         const last = list.rows.nextFocusable(list.count, -1);
         if (onBar < 0) {
@@ -82,7 +90,7 @@ FocusScope {
         width: parent.width
         page: view.page
         keyboardInUse: view.status.keyboardInUse
-        lifted: list.contentY > list.originY + 4
+        lifted: view.scroller.contentY > view.scroller.originY + 4
         onBackTapped: view.backTapped()
         onBarTapped: side => view.barTapped(side)
     }
@@ -164,7 +172,8 @@ FocusScope {
         anchors.bottom: parent.bottom
         anchors.left: parent.left
         anchors.right: parent.right
-        focus: true
+        focus: !view.page.previews
+        visible: !view.page.previews
         model: rows
         currentIndex: -1
         // Up to 200 rows all stand ready, so that a screen reader finds each of them; beyond, those near the view.
@@ -254,6 +263,10 @@ FocusScope {
                 ButtonRow {}
             }
             DelegateChoice {
+                roleValue: "color"
+                ColorRow {}
+            }
+            DelegateChoice {
                 roleValue: "staticText"
                 StaticTextRow {}
             }
@@ -265,5 +278,18 @@ FocusScope {
 
     ScrollMark {
         list: list
+    }
+
+    Loader {
+        id: previews
+
+        anchors.fill: list
+        active: view.page.previews !== null
+        focus: active
+        sourceComponent: BackdropGrid {
+            previews: view.page.previews
+            keyboardInUse: view.status.keyboardInUse
+            focus: true
+        }
     }
 }
