@@ -33,7 +33,7 @@ Color mixed(double hue, double saturation, double brightness, double alpha) {
 }
 
 QColor drawn(const Color& color) {
-  return QColor(color.red, color.green, color.blue, static_cast<int>(std::lround(color.alpha * 255)));
+  return {color.red, color.green, color.blue, static_cast<int>(std::lround(color.alpha * 255))};
 }
 
 QString codeOf(const Color& color, bool showAlpha) {

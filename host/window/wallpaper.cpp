@@ -153,7 +153,7 @@ QImage readPicture(linux::FileDescriptor file, QSize pixels, const Path& name) {
   QImageReader reader(&device);
   const QByteArray format = reader.format();
   if (format != "png" && format != "jpeg") throw FileError(name, "is no PNG or JPEG picture");
-  QSize size = reader.size();
+  const QSize size = reader.size();
   if (size.isEmpty()) throw FileError(name, "is no picture: it does not say how large it is");
   if (std::int64_t{size.width()} * size.height() > kMostPixels) {
     throw FileError(name, "has more than 64 megapixels (" + std::to_string(size.width()) + " x " +

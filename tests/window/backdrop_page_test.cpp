@@ -14,7 +14,6 @@
 namespace quellar::tests {
 namespace {
 
-using host::window::Idiom;
 using platform::Dictionary;
 using testing::ElementsAre;
 using testing::IsEmpty;

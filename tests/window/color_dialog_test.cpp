@@ -155,7 +155,7 @@ TEST(Swatches, ArePixelForPixelThoseOfTheCellAtEveryScale) {
     ASSERT_EQ(image.format(), QImage::Format_RGBA8888_Premultiplied);
     for (int y = 0; y < side; ++y) {
       const auto* line = image.constScanLine(y);
-      const std::vector<std::uint8_t> drawn(line, line + 4 * side);
+      const std::vector<std::uint8_t> drawn(line, line + std::ptrdiff_t{4} * side);
       const auto begin = picture.pixels.begin() + static_cast<std::ptrdiff_t>(y) * 4 * side;
       ASSERT_EQ(drawn, std::vector<std::uint8_t>(begin, begin + 4 * static_cast<std::ptrdiff_t>(side))) << scale;
     }
