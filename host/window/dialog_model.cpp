@@ -38,8 +38,8 @@ QString styleName(ButtonStyle style) {
 
 }  // namespace
 
-DialogModel::DialogModel(platform::NavigationController& navigation, QObject* parent)
-    : QObject(parent), navigation_(navigation) {}
+DialogModel::DialogModel(platform::NavigationController& navigation, const TextFinder& text, QObject* parent)
+    : QObject(parent), navigation_(navigation), color_(text, this) {}
 
 void DialogModel::show(const platform::Dialog& dialog) {
   kind_ = kindName(dialog.kind);
@@ -54,6 +54,7 @@ void DialogModel::show(const platform::Dialog& dialog) {
   numeric_ = dialog.keyboardType == platform::KeyboardType::numberPad;
   accessory_.clear();
   for (const auto& button : dialog.accessory) accessory_.append(QString::fromStdString(button.title));
+  if (dialog.color) color_.begin(*dialog.color);
   emit contentChanged();
   showText(dialog.text.value_or(""));
   shown_ = true;
@@ -100,6 +101,12 @@ void DialogModel::typeText(const QString& text) {
 
 void DialogModel::pressAccessory(int index) {
   if (index >= 0) navigation_.pressAccessoryButton(static_cast<std::size_t>(index));
+}
+
+void DialogModel::choose() {
+  const auto& dialog = navigation_.dialog();
+  if (!dialog || !dialog->color || !color_.settle()) return;
+  navigation_.completeColorDialog(color_.value());
 }
 
 }  // namespace quellar::host::window

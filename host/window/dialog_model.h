@@ -7,6 +7,7 @@
 #include <QVariantList>
 #include <string>
 
+#include "host/window/color_model.h"
 #include "platform/dialog.h"
 #include "platform/navigation_controller.h"
 
@@ -31,11 +32,14 @@ class DialogModel final : public QObject {
   Q_PROPERTY(bool numeric MEMBER numeric_ NOTIFY contentChanged)
   /// The titles of the buttons that help to type.
   Q_PROPERTY(QStringList accessory MEMBER accessory_ NOTIFY contentChanged)
+  /// What a colour dialog picks.
+  Q_PROPERTY(QObject* color READ color CONSTANT)
 
  public:
-  DialogModel(platform::NavigationController& navigation, QObject* parent);
+  DialogModel(platform::NavigationController& navigation, const TextFinder& text, QObject* parent);
 
   [[nodiscard]] bool shown() const { return shown_; }
+  [[nodiscard]] ColorModel* color() { return &color_; }
 
   void show(const platform::Dialog& dialog);
   void hide();
@@ -50,6 +54,8 @@ class DialogModel final : public QObject {
   /// The user typed in the field.
   Q_INVOKABLE void typeText(const QString& text);
   Q_INVOKABLE void pressAccessory(int index);
+  /// Ends a colour dialog with the colour that is picked; a typed code that is no colour keeps it open and is refused.
+  Q_INVOKABLE void choose();
 
  signals:
   void shownChanged();
@@ -71,6 +77,7 @@ class DialogModel final : public QObject {
   QString text_;
   bool numeric_ = false;
   QStringList accessory_;
+  ColorModel color_;
 };
 
 }  // namespace quellar::host::window

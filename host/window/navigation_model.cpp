@@ -10,8 +10,8 @@ using platform::BarButtonItem;
 using platform::BarSide;
 using platform::ViewController;
 
-NavigationModel::NavigationModel(platform::NavigationController& controller, QObject* parent)
-    : QAbstractListModel(parent), controller_(controller), dialog_(controller, this) {
+NavigationModel::NavigationModel(platform::NavigationController& controller, const TextFinder& text, QObject* parent)
+    : QAbstractListModel(parent), controller_(controller), dialog_(controller, text, this) {
   controller_.setObserver(this);
 }
 

@@ -23,7 +23,7 @@ class NavigationModel final : public QAbstractListModel, public platform::Naviga
 
  public:
   /// Observes the controller from now on.
-  explicit NavigationModel(platform::NavigationController& controller, QObject* parent = nullptr);
+  NavigationModel(platform::NavigationController& controller, const TextFinder& text, QObject* parent = nullptr);
   ~NavigationModel() override;
 
   [[nodiscard]] DialogModel* dialog() { return &dialog_; }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 
+#include "cells/color_preview_cell.h"
 #include "cells/slider_cell.h"
 #include "cells/stepper_cell.h"
 #include "frame/row_value.h"
@@ -183,6 +184,10 @@ ShownRow rowOf(PSListController& page, PSSpecifier& specifier, std::size_t place
   } else if (const auto stepper = cellOf<KVQuellarStepperCell>(specifier)) {
     addStepper(row, *stepper);
   }
+  if (const auto* cell = dynamic_cast<const cells::KVQuellarColorPreviewTableCell*>(specifier.cell().get())) {
+    const auto& drawn = cell->swatch();
+    row.swatch = color(drawn.colorAt(drawn.pixelWidth / 2, drawn.pixelHeight / 2));
+  }
   if (const auto& cell = specifier.cell()) {
     row.titleColor = color(cell->titleColor);
     if (cell->onTint) row.tint = color(*cell->onTint);
@@ -278,6 +283,7 @@ const std::vector<Role>& roles() {
       {"autorepeat", [](const ShownRow& row) { return row.autorepeat; }},
       {"titles", [](const ShownRow& row) { return row.titles; }},
       {"chosen", [](const ShownRow& row) { return row.chosen; }},
+      {"swatch", [](const ShownRow& row) { return row.swatch; }},
   };
   return all;
 }

@@ -57,6 +57,8 @@ struct ShownRow {
   /// The titles of a segment row, and which one is chosen; -1 for none.
   QStringList titles;
   int chosen = -1;
+  /// The colour of a colour row's swatch, as it is drawn.
+  QColor swatch;
   /// The row's place in the page's own list.
   std::size_t place = 0;
 

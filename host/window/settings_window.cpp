@@ -31,11 +31,13 @@ void prepareApplication() {
   QGuiApplication::setFont(font);
 }
 
-SettingsWindow::SettingsWindow(platform::NavigationController& controller, ImageFinder findImage, double scale,
-                               const Appearance& appearance)
-    : navigation_(controller), state_(appearance) {
-  engine_.addImageProvider("platform", new PlatformImageProvider(std::move(findImage), scale));
+SettingsWindow::SettingsWindow(platform::NavigationController& controller, const WindowResources& resources,
+                               double scale, const Appearance& appearance)
+    : navigation_(controller, resources.text), state_(appearance) {
+  engine_.addImageProvider("platform", new PlatformImageProvider(resources.findImage, scale));
   engine_.addImageProvider("glyph", new GlyphProvider);
+  engine_.addImageProvider("swatch", new SwatchProvider);
+  engine_.addImageProvider("backdrop", new BackdropProvider(resources.wallpaper));
   engine_.setInitialProperties({{"navigation", QVariant::fromValue<QObject*>(&navigation_)},
                                 {"status", QVariant::fromValue<QObject*>(&state_)},
                                 {"rowOrder", QVariant::fromValue<QObject*>(&order_)}});

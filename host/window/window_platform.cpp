@@ -4,6 +4,8 @@
 #include <iostream>
 #include <system_error>
 
+#include "frame/localizer.h"
+#include "host/window/wallpaper.h"
 #include "pages/registry.h"
 
 namespace quellar::host::window {
@@ -55,12 +57,19 @@ WindowPlatform::WindowPlatform(const WindowPlatformOptions& options)
   QObject::connect(&busNotifier_, &QSocketNotifier::activated, [this] { bus_.process(); });
 }
 
-ImageFinder WindowPlatform::imageFinder() const {
-  return [this](const platform::Image& image, double scale) -> std::optional<QString> {
+WindowResources WindowPlatform::resources() {
+  const auto findImage = [this](const platform::Image& image, double scale) -> std::optional<QString> {
     const auto found = bundles_.imageFile(image, scale);
     if (!found) return std::nullopt;
     return QString::fromStdString(found->file.string());
   };
+  const auto text = [this](std::string_view english) {
+    return QString::fromStdString(frame::KVQuellarLocalizer::sharedLocalizer(platform_).localizedStringForKey(english));
+  };
+  const auto wallpaper = [this](QSize pixels) {
+    return wallpaperFilling(root_, pixels, [](const std::string& message) { std::cerr << message << std::endl; });
+  };
+  return {.findImage = findImage, .text = text, .wallpaper = wallpaper};
 }
 
 }  // namespace quellar::host::window

@@ -17,8 +17,8 @@
 #include "host/linux/bus.h"
 #include "host/linux/device_root.h"
 #include "host/linux/file_preferences.h"
-#include "host/window/image_provider.h"
 #include "host/window/qt_main_queue.h"
+#include "host/window/window_resources.h"
 #include "platform/navigation_controller.h"
 #include "platform/platform.h"
 
@@ -90,8 +90,8 @@ class WindowPlatform {
   [[nodiscard]] frame::PageRegistry& pages() { return pages_; }
   [[nodiscard]] QtMainQueue& mainQueue() { return mainQueue_; }
   [[nodiscard]] bool isRightToLeft() { return bundles_.isRightToLeft(); }
-  /// Finds image files of the device root and the bundle; this object outlives its use.
-  [[nodiscard]] ImageFinder imageFinder() const;
+  /// Images of the device root and the bundle, texts of the bundle, the wallpaper; this object outlives their use.
+  [[nodiscard]] WindowResources resources();
   /// The values that were set, where they are kept in memory; nullptr otherwise.
   [[nodiscard]] ThrowawayPreferences* throwaway() { return throwaway_.get(); }
 

@@ -50,8 +50,9 @@ WindowPlatform& WindowTest::panel() {
 
 void WindowTest::show(const Setup& setup) {
   window_ = std::make_unique<SettingsWindow>(
-      panel().navigation(), panel().imageFinder(), 1,
-      host::window::Appearance{.textScale = 1, .reducedMotion = setup.reducedMotion, .rightToLeft = setup.rightToLeft});
+      panel().navigation(), panel().resources(), 1,
+      host::window::Appearance{
+          .textScale = setup.textScale, .reducedMotion = setup.reducedMotion, .rightToLeft = setup.rightToLeft});
   window_->show(setup.size);
   view().requestActivate();
   ASSERT_TRUE(eventually([this] { return view().isActive() && view().isExposed(); }));

@@ -30,6 +30,7 @@ class WindowTest : public testing::Test {
     QSize size{390, 844};
     bool reducedMotion = true;
     bool rightToLeft = false;
+    double textScale = 1;
   };
   /// Opens the window at a page ("Status Bar").
   void open(const std::string& page, const Setup& setup);

@@ -42,7 +42,7 @@ FocusScope {
     enabled: shown
     onShownChanged: {
         if (shown)
-            start();
+            colorPanel.item ? colorPanel.item.begin() : start();
         else
             overlay.closed();
     }
@@ -90,8 +90,27 @@ FocusScope {
         antialiasing: true
     }
 
+    // The colour chooser rises from the bottom of a phone, within reach of a thumb, and stands in the middle elsewhere.
+    Loader {
+        id: colorPanel
+
+        readonly property bool low: overlay.width < 600
+
+        active: overlay.dialog.kind === "color"
+        x: (overlay.width - width) / 2
+        y: low ? overlay.height - (height + 10) * overlay.presence : (overlay.height - height) / 2
+        opacity: low ? 1 : overlay.presence
+        sourceComponent: ColorDialog {
+            dialog: overlay.dialog
+            keyboardInUse: overlay.keyboardInUse
+            room: Qt.size(overlay.width, overlay.height)
+        }
+    }
+
     FocusScope {
         id: panel
+
+        visible: !colorPanel.active
 
         readonly property real breadth: Math.min(overlay.width - 20, overlay.popover ? 320 : 420)
 

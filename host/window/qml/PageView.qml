@@ -2,7 +2,7 @@
 import QtQuick
 import Qt.labs.qmlmodels
 
-// One page: its bar and its rows.
+// One page: its bar and its rows, or the previews that it has in their place.
 FocusScope {
     id: view
 
@@ -16,6 +16,9 @@ FocusScope {
     property alias leads: bar.leads
     property alias list: list
     property alias bar: bar
+    // The grid of previews on a page that has one, else null.
+    readonly property Item grid: previews.item
+    readonly property Flickable scroller: grid ? grid.flickable : list
 
     signal backTapped
     signal barTapped(string side, Item button)
@@ -28,33 +31,38 @@ FocusScope {
     // Focus goes round: the bar's buttons, then the rows, in the order in which they are seen, then the page beside
     // this one.
     function moveFocus(step) {
-        const stops = focusStops();
-        const onBar = stops.buttons.findIndex(item => item.activeFocus);
-        const row = onBar < 0 ? list.rows.nextFocusable(list.currentIndex, step) : step > 0 && onBar === stops.buttons.length - 1 ? stops.first : -1;
-        const button = onBar < 0 ? (step < 0 ? stops.buttons.length - 1 : -1) : onBar + step;
+        const buttons = barButtons();
+        const onBar = buttons.findIndex(item => item.activeFocus);
+        const row = onBar < 0 && !grid ? list.rows.nextFocusable(list.currentIndex, step) : -1;
+        const button = onBar >= 0 ? onBar + step : step < 0 ? buttons.length - 1 : -1;
         if (row >= 0)
             list.focusRow(row);
-        else if (button >= 0 && button < stops.buttons.length)
-            stops.buttons[button].forceActiveFocus(Qt.TabFocusReason);
+        else if (button >= 0 && button < buttons.length)
+            buttons[button].forceActiveFocus(Qt.TabFocusReason);
+        else if (onBar >= 0 && step > 0)
+            enterBody(step);
         else
             (neighbour ?? view).enter(step);
     }
     // The focus comes to this page, at its beginning or its end.
     function enter(step) {
-        const stops = focusStops();
-        if (step > 0 && stops.buttons.length > 0)
-            stops.buttons[0].forceActiveFocus(Qt.TabFocusReason);
-        else if (stops.first >= 0)
-            list.focusRow(step > 0 ? stops.first : stops.last);
-        else if (stops.buttons.length > 0)
-            stops.buttons[stops.buttons.length - 1].forceActiveFocus(Qt.TabFocusReason);
+        const buttons = barButtons();
+        if (step > 0 && buttons.length > 0)
+            buttons[0].forceActiveFocus(Qt.TabFocusReason);
+        else
+            enterBody(step);
     }
-    function focusStops() {
-        return {
-            buttons: [bar.backItem, bar.leftItem, bar.rightItem].filter(item => item.visible),
-            first: list.rows.nextFocusable(-1, 1),
-            last: list.rows.nextFocusable(list.count, -1)
-        };
+    function enterBody(step) {
+        const row = list.rows.nextFocusable(step > 0 ? -1 : list.count, step);
+        if (grid)
+            grid.forceActiveFocus(Qt.TabFocusReason);
+        else if (row >= 0)
+            list.focusRow(row);
+        else
+            barButtons()[0]?.forceActiveFocus(Qt.TabFocusReason);
+    }
+    function barButtons() {
+        return [bar.backItem, bar.leftItem, bar.rightItem].filter(item => item.visible);
     }
 
     Keys.onPressed: event => {
@@ -97,7 +105,7 @@ FocusScope {
         width: parent.width
         page: view.page
         keyboardInUse: view.status.keyboardInUse
-        lifted: list.contentY > list.originY + 4
+        lifted: view.scroller.contentY > view.scroller.originY + 4
         onBackTapped: view.backTapped()
         onBarTapped: (side, button) => view.barTapped(side, button)
     }
@@ -180,7 +188,8 @@ FocusScope {
         anchors.bottom: parent.bottom
         anchors.left: parent.left
         anchors.right: parent.right
-        focus: true
+        focus: !view.page.previews
+        visible: !view.page.previews
         model: rows
         currentIndex: -1
         // Up to 200 rows all stand ready, so that a screen reader finds each of them; beyond, those near the view.
@@ -270,6 +279,10 @@ FocusScope {
                 ButtonRow {}
             }
             DelegateChoice {
+                roleValue: "color"
+                ColorRow {}
+            }
+            DelegateChoice {
                 roleValue: "staticText"
                 StaticTextRow {}
             }
@@ -307,5 +320,18 @@ FocusScope {
 
     ScrollMark {
         list: list
+    }
+
+    Loader {
+        id: previews
+
+        anchors.fill: list
+        active: view.page.previews !== null
+        focus: active
+        sourceComponent: BackdropGrid {
+            previews: view.page.previews
+            keyboardInUse: view.status.keyboardInUse
+            focus: true
+        }
     }
 }
