@@ -148,7 +148,7 @@ TEST_F(WindowTest, MovesTheRowsBelowABlockTogether) {
   EXPECT_TRUE(eventually([&] {
     const double top = topOf(second);
     seenBetween = seenBetween || (top > secondTop && top < end);
-    EXPECT_EQ(topOf(last) - top, distance);
+    EXPECT_NEAR(topOf(last) - top, distance, 0.001);
     return top == end;
   }));
   EXPECT_TRUE(seenBetween);
