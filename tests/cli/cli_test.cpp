@@ -432,10 +432,8 @@ TEST(Schema, TellsOnlyKeysThatCanBeRead) {
     keysOfPages[key["page"]].push_back(key["key"]);
   }
   for (const auto& [page, keys] : keysOfPages) {
-    // One of each page's first and last; each costs a process.
-    for (const std::string& key : {keys.front(), keys.back()}) {
-      EXPECT_EQ(device.run({"get", page, key}).code, 0) << page << " " << key;
-    }
+    // Each costs a process, and those that no row has come last.
+    EXPECT_EQ(device.run({"get", page, keys.back()}).code, 0) << page << " " << keys.back();
   }
 }
 
