@@ -85,6 +85,8 @@ class Studio {
   std::vector<std::filesystem::path> takeAll() {
     for (const auto& entry : panel_.pages().entries()) take(entry);
     takeBackdropPicker();
+    // The toolkit ends its animations by an event, and complains where that comes after their window has gone.
+    settle();
     return std::move(files_);
   }
 

@@ -50,6 +50,9 @@ FocusScope {
     onActiveFocusChanged: if (activeFocus && list)
         list.follow(index)
 
+    // By whatever means it is tapped, and before the row kind acts on it: what opens may lead back to this row.
+    onTapped: use()
+
     Keys.onPressed: event => {
         if (event.key !== Qt.Key_Space && event.key !== Qt.Key_Return && event.key !== Qt.Key_Enter)
             return;
@@ -86,10 +89,7 @@ FocusScope {
 
             anchors.fill: parent
             enabled: row.rowEnabled
-            onClicked: {
-                row.use();
-                row.tapped();
-            }
+            onClicked: row.tapped()
         }
 
         Image {

@@ -177,6 +177,10 @@ FocusScope {
             const lowest = originY + Math.max(0, contentHeight - height);
             contentY = Math.max(originY, Math.min(lowest, contentY + distance));
         }
+        // A function of this list alone: of calls that wait for one and the same function only the last is made.
+        function restoreOrder() {
+            view.rowOrder.restore(contentItem);
+        }
         // No row has the focus; the next one that the keys reach is the neighbour of the last.
         function rest() {
             view.forceActiveFocus();
@@ -194,6 +198,9 @@ FocusScope {
         currentIndex: -1
         // Up to 200 rows all stand ready, so that a screen reader finds each of them; beyond, those near the view.
         cacheBuffer: count <= 200 ? 1000000 : 1200
+        // The buffer is filled in the direction of the last movement alone, which leaves out the rows above one that the
+        // page opens at.
+        displayMarginBeginning: count <= 200 ? cacheBuffer : 0
         highlightFollowsCurrentItem: false
         keyNavigationEnabled: false
         boundsBehavior: Flickable.DragAndOvershootBounds
@@ -206,9 +213,14 @@ FocusScope {
             width: 1
             height: 36
         }
-        onCountChanged: {
-            Qt.callLater(start);
-            Qt.callLater(view.rowOrder.restore, contentItem);
+        onCountChanged: Qt.callLater(start)
+
+        // Rows off the window are made one after the other, and each comes behind all others.
+        Connections {
+            target: list.contentItem
+            function onChildrenChanged() {
+                Qt.callLater(list.restoreOrder);
+            }
         }
 
         // Rows make way together; a block that comes fades in behind them, one that goes fades out.
