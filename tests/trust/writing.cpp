@@ -42,6 +42,7 @@ int runWriting(const WritingTask& task) {
   };
   auto store = std::make_unique<FilePreferences>(DeviceRoot(task.root), listener, task.options);
   for (int number = task.first; number < task.first + task.count; ++number) {
+    if (std::chrono::steady_clock::now() >= task.until) break;
     store->setAppValue(task.key, numberedValue(number), kTrustDomain);
     tell(task.output, "set " + std::to_string(number));
     if (!task.synchronizes) continue;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -22,6 +23,8 @@ struct WritingTask {
   /// The value is set to numberedValue() of this number and the ones after it.
   int first = 1;
   int count = 1;
+  /// It ends then, where that is before it has written all.
+  std::chrono::steady_clock::time_point until = std::chrono::steady_clock::time_point::max();
   /// After each value.
   bool synchronizes = false;
   host::linux::FilePreferencesOptions options;
