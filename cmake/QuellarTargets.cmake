@@ -13,12 +13,20 @@ if(QUELLAR_SANITIZE)
   target_compile_options(quellar_flags INTERFACE -g1)
   target_compile_options(quellar_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(quellar_flags INTERFACE -fsanitize=address,undefined)
-else()
-  # The hardening that a distribution builds with.
-  target_compile_options(quellar_flags INTERFACE $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2> -fstack-protector-strong -fstack-clash-protection)
-  target_link_options(quellar_flags INTERFACE -Wl,-z,relro,-z,now)
 endif()
+
+# The hardening that a distribution builds with. The sanitizers have checks of their own in its place.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+add_library(quellar_hardening INTERFACE)
+target_compile_options(quellar_hardening INTERFACE -fstack-protector-strong -fstack-clash-protection)
+# Checked functions need an optimizing compiler.
+target_compile_options(quellar_hardening INTERFACE $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>)
+target_link_options(quellar_hardening INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+if(NOT QUELLAR_SANITIZE)
+  target_link_libraries(quellar_flags INTERFACE quellar_hardening)
+endif()
 
 # quellar_precompile(NAME HEADERS ... USES targets ... [PROGRAMS]): headers of others, parsed once for all targets that
 # share them by quellar_share_precompiled(TARGET NAME): libraries and what uses the toolkit or, with PROGRAMS, other

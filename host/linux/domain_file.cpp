@@ -28,9 +28,12 @@ FileDescriptor createNew(int folder, const std::string& name, const std::filesys
     if (errno == EEXIST) return created;
     throwErrno(file, "can't create " + name);
   }
-  // The umask took bits from the mode.
-  if (retried([&] { return ::fchmod(created.get(), kFileMode); }) != 0) throwErrno(file, "can't create " + name);
   return created;
+}
+
+/// Gives a file that was just created its mode, from which the umask may have taken bits.
+void setMode(const FileDescriptor& created, const std::string& name, const std::filesystem::path& file) {
+  if (retried([&] { return ::fchmod(created.get(), kFileMode); }) != 0) throwErrno(file, "can't create " + name);
 }
 
 void removeName(int folder, const std::string& name, const std::filesystem::path& file) {
@@ -62,7 +65,10 @@ FileDescriptor openLock(const DomainPlace& place) {
     if (lock) return lock;
     if (errno != ENOENT) throwErrno(place.file, "can't open " + name);
     lock = createNew(place.folder(), name, place.file);
-    if (lock) return lock;
+    if (!lock) continue;
+    // Where that fails the lock stays: another writer may hold it by now.
+    setMode(lock, name, place.file);
+    return lock;
   }
 }
 
@@ -78,6 +84,31 @@ void unlock(const FileDescriptor& lock) {
 
 void sync(int descriptor, const std::filesystem::path& file) {
   if (retried([&] { return ::fsync(descriptor); }) != 0) throwErrno(file, "can't flush it");
+}
+
+/// Flushes the folders above the domain's, as far as their file system goes: one that was just made lasts only once the
+/// one above it is flushed.
+void syncFoldersAbove(const DomainPlace& place) {
+  const auto statusOf = [&](int folder) {
+    struct stat status{};
+    if (retried([&] { return ::fstat(folder, &status); }) != 0) throwErrno(place.file);
+    return status;
+  };
+  struct stat below = statusOf(place.folder());
+  FileDescriptor folder;
+  while (true) {
+    const int from = folder ? folder.get() : place.folder();
+    FileDescriptor above(retried([&] { return ::openat(from, "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    // What the user may not read was not made by the user's programs.
+    if (!above && errno == EACCES) return;
+    if (!above) throwErrno(place.file, "can't open a folder above it");
+    const struct stat status = statusOf(above.get());
+    if (status.st_dev != below.st_dev || status.st_ino == below.st_ino) return;
+    // Some file systems have nothing to flush for a folder, and say so with EINVAL.
+    if (retried([&] { return ::fsync(above.get()); }) != 0 && errno != EINVAL) throwErrno(place.file, "can't flush it");
+    below = status;
+    folder = std::move(above);
+  }
 }
 
 /// Opens the domain file itself, or nothing.
@@ -129,6 +160,8 @@ std::optional<FlushedVersion> flushOnce(const DomainPlace& place, const std::chr
   const FileDescriptor opened = openDomainFile(place);
   if (!opened) return std::nullopt;
   sync(opened.get(), place.file);
+  // At the first flush the folders may be as new as the file.
+  if (!versionAt(place.folder(), place.flushedName(), place.file)) syncFoldersAbove(place);
   const bool isWhole = isWholeDomain(opened, place.file);
   FlushedVersion flushed;
   {
@@ -197,6 +230,7 @@ NextVersion::NextVersion(const DomainPlace& place, std::string_view bytes) : pla
     if (!written) throwErrno(place.file, "can't create " + name);
   }
   try {
+    setMode(written, name, place.file);
     writeWhole(written.get(), bytes, place.file);
     handle_ = FileDescriptor(
         retried([&] { return ::openat(place.folder(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC); }));
@@ -230,7 +264,7 @@ SafetyCopy::SafetyCopy(const DomainPlace& place, const std::string& stem, const 
     copyName_ = stem + "-" + std::to_string(number);
     if (byLink) {
       if (retried([&] { return ::linkat(place.folder(), name.c_str(), place.folder(), copyName_.c_str(), 0); }) == 0) {
-        return;
+        break;
       }
       if (cannotLink(errno)) {
         byLink = false;
@@ -242,11 +276,12 @@ SafetyCopy::SafetyCopy(const DomainPlace& place, const std::string& stem, const 
       if (!there->isSameFile(version)) continue;
       // A writer that died had just made it.
       isKept_ = true;
-      return;
+      break;
     }
     FileDescriptor copy = createNew(place.folder(), copyName_, place.file);
     if (!copy) continue;
     try {
+      setMode(copy, copyName_, place.file);
       std::array<char, 65536> block{};
       off_t at = 0;
       while (true) {
@@ -256,12 +291,21 @@ SafetyCopy::SafetyCopy(const DomainPlace& place, const std::string& stem, const 
         writeWhole(copy.get(), {block.data(), static_cast<std::size_t>(got)}, place.file);
         at += got;
       }
+      sync(copy.get(), place.file);
       closeWritten(std::move(copy), place.file);
     } catch (...) {
       tryToRemoveName(place.folder(), copyName_);
       throw;
     }
-    return;
+    break;
+  }
+  try {
+    // The copy is to outlast a power cut that what it is a copy of does not.
+    if (byLink) sync(source.get(), place.file);
+    sync(place.folder(), place.file);
+  } catch (...) {
+    if (!isKept_) tryToRemoveName(place.folder(), copyName_);
+    throw;
   }
 }
 

@@ -104,7 +104,7 @@ class NextVersion {
 };
 
 /// A copy of a file under the first free of the names `<stem>-1`, `<stem>-2`, ...; removed again unless it is kept.
-/// Needs the lock.
+/// It is on the storage device when it is made. Needs the lock.
 class SafetyCopy {
  public:
   /// Copies the file `source` into the place's folder: by a second link to `name` where that is given and is that file,

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 #include "host/linux/posix_call.h"
@@ -181,7 +182,11 @@ bool FilePreferences::recover(Domain& domain) {
   constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
   const std::string name = place.flushedName();
   const FileDescriptor kept(retried([&] { return ::openat(place.folder(), name.c_str(), kFlags); }));
-  if (!kept) return false;
+  if (!kept) {
+    if (errno == ENOENT || errno == ELOOP) return false;
+    // It may well be there: taking the domain for empty would lose it with the next write.
+    throwErrno(file, "can't open " + name);
+  }
   try {
     const std::optional<std::string> bytes = readWhole(kept.get(), kMaxPropertyListBytes, file);
     if (!bytes) return false;
@@ -340,7 +345,12 @@ void FilePreferences::noteUnflushed(const Domain& domain) {
   unflushed.due = std::min(now + options_.flushDelay, unflushed.firstWrite + 4 * options_.flushDelay);
   ++unflushed.writes;
   if (!flusher_.joinable()) {
-    flusher_ = std::jthread([this](const std::stop_token& stop) { runFlushes(stop); });
+    try {
+      flusher_ = std::jthread([this](const std::stop_token& stop) { runFlushes(stop); });
+    } catch (const std::system_error&) {
+      // The system has no thread left. The next write asks again; synchronize and the end flush without one.
+      return;
+    }
   }
   // A thread that waits for a time looks up what is due when that time has come.
   if (wasIdle) wake_.notify_one();

@@ -12,7 +12,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
 #include <future>
 #include <limits>
@@ -23,11 +22,7 @@
 #include <vector>
 
 #include "private_bus.h"
-
-#if defined(__SANITIZE_ADDRESS__)
-// GCC does not install the header that declares it.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
-#endif
+#include "support/memory_in_use.h"
 
 namespace quellar::host::linux {
 
@@ -45,6 +40,7 @@ using platform::Data;
 using platform::Date;
 using platform::Dictionary;
 using testing::ElementsAre;
+using tests::memoryInUse;
 using tests::PrivateBus;
 using Clock = std::chrono::steady_clock;
 
@@ -149,19 +145,6 @@ class SilentServer {
   tests::TemporaryFolder folder_;
   FileDescriptor socket_;
 };
-
-// What the process holds. The address sanitizer keeps freed memory for a while, so that its own count is asked.
-std::int64_t memoryInUse() {
-#if defined(__SANITIZE_ADDRESS__)
-  return static_cast<std::int64_t>(__sanitizer_get_current_allocated_bytes());
-#else
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.starts_with("VmRSS:")) return std::stoll(line.substr(6)) * 1024;
-  }
-  throw std::runtime_error("no VmRSS in /proc/self/status");
-#endif
-}
 
 Dictionary nested(int depth) {
   Dictionary dictionary = {{"leaf", true}};

@@ -148,6 +148,21 @@ wrong_arguments_are_refused() {
   expect_equal "run: error: --build stands alone; see ./run --help" "$out"
 }
 
+the_proofs_run_in_their_long_form_one_after_another() {
+  # Without apt-get nothing is installed; what is built and run is told.
+  mkdir "$folder/bin"
+  local tool
+  for tool in bash dirname readlink; do ln -s "$(command -v "$tool")" "$folder/bin/"; done
+  program cmake <<<'echo "cmake $1" >>"$calls"'
+  program ctest <<<'echo "ctest ${QUELLAR_TRUST:-short} ${*:3}" >>"$calls"; exit 7'
+  local status=0
+  PATH=$folder/bin "$folder/bin/bash" "$folder/test" --trust >/dev/null || status=$?
+  expect_equal 7 "$status"
+  expect_equal "cmake -S
+cmake --build
+ctest long --verbose --no-tests=error -R ^trust_test" "$(<"$folder/calls")"
+}
+
 # repository: makes the folder a repository with one commit.
 repository() {
   cd "$folder"

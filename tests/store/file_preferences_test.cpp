@@ -530,6 +530,24 @@ TEST_F(FilePreferencesTest, KeepsAValueThatWasReadAsEmptyOnlyForWantOfAccess) {
   EXPECT_EQ(readFile(beside(".kept-1")), former);
 }
 
+TEST_F(FilePreferencesTest, DoesNotTakeATornDomainForEmptyWhereTheKeptVersionCannotBeOpened) {
+  const ScopedUnprivileged unprivileged(folder_.path());
+  newStore()->setAppValue("a", Value(1), kDomain);
+  replaceFile(file(), "torn");
+  fs::permissions(beside(".flushed"), fs::perms::none);
+  const std::string cause = "can't open com.vantorick.quellar2.plist.flushed: Permission denied";
+  const auto store = newStore();
+  EXPECT_EQ(store->readTrouble(kDomain), readTrouble(cause));
+  store->setAppValue("b", Value(2), kDomain);
+  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{writeTrouble(cause)});
+  EXPECT_EQ(readFile(file()), "torn");
+  EXPECT_FALSE(fs::exists(beside(".corrupt-1")));
+  // Once it can be opened again, nothing is lost.
+  fs::permissions(beside(".flushed"), fs::perms::owner_read);
+  store->setAppValue("c", Value(3), kDomain);
+  EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}, {"c", 3}}));
+}
+
 TEST_F(FilePreferencesTest, TellsOfAFolderThatItMayNotWriteTo) {
   const ScopedUnprivileged unprivileged(folder_.path());
   newStore()->setAppValue("a", Value(1), kDomain);

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: MIT
+
+// Writers whose system calls fail, one at a time, with each error that may come from outside.
+
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/syscall.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <iostream>
+#include <sstream>
+
+#include "host/linux/posix_call.h"
+#include "host/linux/property_list_file.h"
+#include "scenarios.h"
+#include "support/temporary_folder.h"
+#include "tracer.h"
+
+namespace quellar::tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto kErrors = std::to_array<int>({ENOSPC, EIO, EACCES, EROFS, EMFILE, EINTR});
+
+/// What a writer did and told when it was let alone, or when a call failed.
+struct WriterRun {
+  Tracee::End end;
+  std::string told;
+  /// The calls of its first thread that have to do with files, without those that tell.
+  std::vector<SystemCall> calls;
+  /// Whether a call to put the new file into its place was carried out.
+  bool isRenamed = false;
+};
+
+/// Lets the writer of a scenario run; where `failing` is not negative, that call fails.
+WriterRun runWriter(const Scenario& scenario, const WrittenRoot& root, int failing, int error) {
+  WriterRun run;
+  const Pipe output;
+  const int outputEnd = output.writing.get();
+  Tracee writer([&] { return scenario.write(root, outputEnd); });
+  const pid_t main = writer.process();
+  run.end = writer.run([&](const SystemCall& call) {
+    if (call.thread != main || isAboutMemoryOrTime(call.number)) return Verdict{};
+    if (call.number == SYS_write && call.argument(0) == outputEnd) return Verdict{};
+    const int ordinal = static_cast<int>(run.calls.size());
+    run.calls.push_back(call);
+    const bool isRename = call.number == SYS_renameat || call.number == SYS_renameat2;
+    const bool fails = ordinal == failing;
+    if (isRename && !fails && writer.textAt(call.arguments[3]) == kTrustFile) run.isRenamed = true;
+    return fails ? Verdict{Verdict::Kind::Fail, error} : Verdict{};
+  });
+  run.told = output.contents();
+  return run;
+}
+
+std::string bytesOrNone(const fs::path& file) {
+  return fs::exists(file) ? bytesOf(file) : "(none)";
+}
+
+/// Whether the file holds the new value.
+bool holdsLatter(const WrittenRoot& root) {
+  try {
+    const platform::Value whole = host::linux::parsePropertyList(bytesOf(root.file()));
+    const platform::Dictionary* entries = whole.as<platform::Dictionary>();
+    return entries != nullptr && entries->contains(WritingTask().key) &&
+           numberOf(entries->at(WritingTask().key)) == kLatter;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+/// A failure of these must never go unseen.
+bool mustBeTold(const SystemCall& call) {
+  // A lock that can't be given back is given back when its file is closed.
+  if (call.number == SYS_flock) return (call.argument(1) & LOCK_UN) == 0;
+  return call.number == SYS_write || call.number == SYS_fsync || call.number == SYS_renameat ||
+         call.number == SYS_renameat2;
+}
+
+/// Whether some line of trouble names the file, or a folder above it, and the cause.
+bool tellsTrouble(const std::string& told, const WrittenRoot& root, int error) {
+  std::istringstream lines(told);
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.starts_with("trouble ") || line.find(host::linux::errorText(error)) == std::string::npos) continue;
+    // Where a folder can't be made it is the folder that is named.
+    const std::string file = line.substr(8, line.find(": ") - 8);
+    if (file == root.file() || file.starts_with(root.root.string()) || root.root.string().starts_with(file))
+      return true;
+  }
+  return false;
+}
+
+class Errors : public testing::TestWithParam<Scenario> {};
+
+INSTANTIATE_TEST_SUITE_P(Store, Errors, testing::ValuesIn(scenarios()),
+                         [](const auto& scenario) { return scenario.param.name; });
+
+TEST_P(Errors, OfEachSystemCallAreToldAndLoseNothing) {
+  const Scenario& scenario = GetParam();
+  const TemporaryFolder folder(quickFolder());
+  const WrittenRoot root{folder.path() / "root"};
+  scenario.prepare(root);
+  const WriterRun undisturbed = runWriter(scenario, root, -1, 0);
+  ASSERT_EQ(undisturbed.end, Tracee::End{}) << undisturbed.told;
+  ASSERT_EQ(scenario.faults(root, true), "");
+  ASSERT_TRUE(undisturbed.isRenamed);
+  ASSERT_GT(undisturbed.calls.size(), 25U);
+
+  int failures = 0;
+  int told = 0;
+  const int shortStep = scenario.name == "AFlushedFile" ? 4 : 31;
+  const int step = isLongForm() ? 1 : shortStep;
+  for (int pair = 0;; pair += step) {
+    const auto failing = static_cast<std::size_t>(pair) / kErrors.size();
+    const int error = kErrors.at(static_cast<std::size_t>(pair) % kErrors.size());
+    scenario.prepare(root);
+    const std::string former = bytesOrNone(root.file());
+    const WriterRun run = runWriter(scenario, root, static_cast<int>(failing), error);
+    // The list of calls is complete because a number beyond it is never reached.
+    if (run.calls.size() <= failing) break;
+    const SystemCall& call = run.calls[failing];
+    SCOPED_TRACE("call " + std::to_string(failing) + " (number " + std::to_string(call.number) + ") fails with " +
+                 host::linux::errorText(error));
+    ++failures;
+    SCOPED_TRACE("told:\n" + run.told);
+    EXPECT_FALSE(run.end.wasKilled);
+    ASSERT_LE(run.end.code, 1) << "the writer broke down";
+    EXPECT_EQ(lastOf(run.told, "ended"), 1);
+
+    const bool isSeen = run.told != undisturbed.told;
+    bool isNew = true;
+    if (error == EINTR) {
+      EXPECT_FALSE(isSeen) << "an interrupted call is made again";
+    } else if (isSeen) {
+      ++told;
+      EXPECT_TRUE(tellsTrouble(run.told, root, error));
+      isNew = run.isRenamed;
+    } else {
+      EXPECT_FALSE(mustBeTold(call)) << "nobody was told";
+    }
+    EXPECT_EQ(holdsLatter(root), isNew);
+    if (!isNew) {
+      EXPECT_EQ(bytesOrNone(root.file()), former) << "the old file must stand";
+    }
+    if (!isSeen) {
+      EXPECT_TRUE(fs::equivalent(root.file(), root.beside(".flushed"))) << "it was to be flushed";
+    }
+    if (fs::exists(root.preferences())) {
+      for (const std::string& name : filesIn(root.preferences())) {
+        const std::string extension = name.substr(std::string(kTrustFile).size());
+        const bool isCopy = extension == ".corrupt-1" || extension == ".kept-1";
+        EXPECT_TRUE(extension.empty() || extension == ".lock" || extension == ".flushed" || (isCopy && isNew))
+            << name << " is left";
+      }
+    }
+    ASSERT_EQ(scenario.faults(root, isNew), "");
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(told, 0);
+  std::cout << scenario.name << ": " << failures << " failures of " << undisturbed.calls.size() << " system calls, "
+            << told << " told.\n";
+}
+
+}  // namespace
+}  // namespace quellar::tests
