@@ -75,13 +75,15 @@ QImage GlyphProvider::requestImage(const QString& id, QSize* size, const QSize& 
     return image;
   }
   painter.setRenderHint(QPainter::Antialiasing);
-  // Both signs are drawn in a square of 16.
+  // The signs are drawn in a square of 16.
   const double unit = std::min(extent.width(), extent.height()) / 16.0;
   painter.scale(unit, unit);
-  const bool back = parts.front() == "back";
-  painter.setPen(QPen(QColor("#" + parts.back()), back ? 1.9 : 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-  const QPolygonF line =
-      back ? QPolygonF({{10.4, 2.2}, {4.6, 8}, {10.4, 13.8}}) : QPolygonF({{6, 3.4}, {10.6, 8}, {6, 12.6}});
+  const QString& name = parts.front();
+  painter.setPen(
+      QPen(QColor("#" + parts.back()), name == "chevron" ? 1.8 : 1.9, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  QPolygonF line({{6, 3.4}, {10.6, 8}, {6, 12.6}});
+  if (name == "back") line = QPolygonF({{10.4, 2.2}, {4.6, 8}, {10.4, 13.8}});
+  if (name == "check") line = QPolygonF({{2.6, 8.6}, {6.2, 12.2}, {13.4, 4}});
   painter.drawPolyline(line);
   return image;
 }

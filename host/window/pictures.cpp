@@ -108,9 +108,21 @@ class Studio {
     window_.revealRow(QString::fromStdString(keys.front()));
     save(name + "-open");
     saveColorDialog(name);
-    if (const int text = firstOf("text"); text >= 0) {
+    if (const int text = firstRow("text"); text >= 0) {
       QMetaObject::invokeMethod(&window_.window(), "revealRow", Q_ARG(QVariant, text));
       save(name + "-typing");
+    }
+    if (const int slider = firstRow("typedSlider"); slider >= 0) {
+      window_.navigation().top()->rows()->enterValue(slider);
+      saveDialog(name + "-entry");
+    }
+    if (const int picker = firstRow("picker"); picker >= 0) {
+      window_.navigation().top()->rows()->activate(picker);
+      window_.navigation().settle();
+      RowModel& choices = *window_.navigation().top()->rows();
+      choices.activate(choices.nextFocusable(choices.nextFocusable(-1, 1), 1));
+      save(name + "-choices");
+      panel_.navigation().popViewController(false);
     }
   }
 
@@ -124,7 +136,10 @@ class Studio {
   }
 
   void open(const frame::PageRegistry::Entry& entry, const std::vector<std::string>& keys, bool blocksOpen) {
-    while (panel_.navigation().popViewController(false)) {
+    // The first page stays, where it has come to rest already.
+    const bool isFirst = &entry == &panel_.pages().entries().front();
+    while (panel_.navigation().viewControllers().size() > (isFirst ? 0U : 1U)) {
+      panel_.navigation().popViewController(false);
     }
     panel_.throwaway()->clear();
     if (!keys.empty()) {
@@ -154,15 +169,16 @@ class Studio {
     QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
   }
 
-  int firstOf(const char* kind) {
+  // The first row of a kind on the page; -1 where there is none.
+  int firstRow(const char* kind) {
     const auto& rows = window_.navigation().top()->rows()->rows();
-    const auto row = std::ranges::find(rows, QString(kind), &ShownRow::kind);
-    return row == rows.end() ? -1 : static_cast<int>(row - rows.begin());
+    const auto found = std::ranges::find(rows, QString(kind), &ShownRow::kind);
+    return found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
   }
 
   // With its first colour. The dialogs are alike but for the slider for the opacity, so one of each kind will do.
   void saveColorDialog(const std::string& pageName) {
-    const int row = firstOf("color");
+    const int row = firstRow("color");
     if (row < 0) return;
     window_.navigation().top()->rows()->activate(row);
     const auto& dialog = panel_.navigation().dialog();

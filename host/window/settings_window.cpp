@@ -24,7 +24,7 @@ void chooseRenderer() {
 void prepareApplication() {
   std::setlocale(LC_NUMERIC, "C");
   QGuiApplication::setApplicationDisplayName("Quellar");
-  QGuiApplication::setDesktopFileName("quellar-settings");
+  QGuiApplication::setDesktopFileName("com.vantorick.QuellarSettings");
   QFont font = QGuiApplication::font();
   font.setFamilies({"Inter", "Noto Sans", "Cantarell", "DejaVu Sans", font.family()});
   font.setHintingPreference(QFont::PreferNoHinting);

@@ -89,7 +89,7 @@ void WindowTest::settle() {
   window_->navigation().settle();
   const auto atRest = [this] {
     const QQuickItem* top = list() ? list()->parentItem() : nullptr;
-    return panel().mainQueue().idle() && top && top->x() == 0 &&
+    return panel().mainQueue().idle() && top && top->property("shift").toReal() == 0 &&
            window_->navigation().rowCount() == window_->navigation().depth();
   };
   ASSERT_TRUE(eventually(atRest));
@@ -191,9 +191,14 @@ std::string WindowTest::focusedRow() {
   return "";
 }
 
-platform::Dictionary WindowTest::stored() {
+void WindowTest::store(const std::string& defaultsKey, const platform::Dictionary& values) {
+  host::linux::FilePreferences((host::linux::DeviceRoot(root_.path())))
+      .setAppValue(defaultsKey, platform::Value(values), "com.vantorick.quellar2");
+}
+
+platform::Dictionary WindowTest::stored(const std::string& defaultsKey) {
   host::linux::FilePreferences store((host::linux::DeviceRoot(root_.path())));
-  const auto value = store.copyAppValue("StatusBar_Defaults", "com.vantorick.quellar2");
+  const auto value = store.copyAppValue(defaultsKey, "com.vantorick.quellar2");
   const auto* dictionary = value ? value->as<platform::Dictionary>() : nullptr;
   return dictionary ? *dictionary : platform::Dictionary();
 }

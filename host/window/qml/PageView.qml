@@ -10,6 +10,10 @@ FocusScope {
     required property QtObject status
     required property QtObject rowOrder
 
+    // The page that stands beside this one, and the class of the one that the rows here may stand for.
+    property Item neighbour: null
+    property string detailClass: ""
+    property alias leads: bar.leads
     property alias list: list
     property alias bar: bar
     // The grid of previews on a page that has one, else null.
@@ -17,37 +21,48 @@ FocusScope {
     readonly property Flickable scroller: grid ? grid.flickable : list
 
     signal backTapped
-    signal barTapped(string side)
+    signal barTapped(string side, Item button)
 
     // Before the page goes: rows that are still being made must not outlive it.
     function close() {
         list.model = null;
     }
 
-    // Focus goes round: the bar's buttons, then the rows, in the order in which they are seen.
+    // Focus goes round: the bar's buttons, then the rows, in the order in which they are seen, then the page beside
+    // this one.
     function moveFocus(step) {
-        const buttons = [bar.backItem, bar.leftItem, bar.rightItem].filter(item => item.visible);
+        const buttons = barButtons();
         const onBar = buttons.findIndex(item => item.activeFocus);
-        if (grid) {
-            const stops = buttons.concat(grid);
-            stops[(Math.max(0, stops.findIndex(item => item.activeFocus)) + step + stops.length) % stops.length].forceActiveFocus(Qt.TabFocusReason);
-            return;
-        }
-        const first = list.rows.nextFocusable(-1, 1);
-        const last = list.rows.nextFocusable(list.count, -1);
-        if (onBar < 0) {
-            const next = list.rows.nextFocusable(list.currentIndex, step);
-            if (next >= 0)
-                list.focusRow(next);
-            else if (buttons.length > 0)
-                buttons[step > 0 ? 0 : buttons.length - 1].forceActiveFocus(Qt.TabFocusReason);
-            else
-                list.focusRow(step > 0 ? first : last);
-        } else if (onBar + step >= 0 && onBar + step < buttons.length) {
-            buttons[onBar + step].forceActiveFocus(Qt.TabFocusReason);
-        } else if (first >= 0) {
-            list.focusRow(step > 0 ? first : last);
-        }
+        const row = onBar < 0 && !grid ? list.rows.nextFocusable(list.currentIndex, step) : -1;
+        const button = onBar >= 0 ? onBar + step : step < 0 ? buttons.length - 1 : -1;
+        if (row >= 0)
+            list.focusRow(row);
+        else if (button >= 0 && button < buttons.length)
+            buttons[button].forceActiveFocus(Qt.TabFocusReason);
+        else if (onBar >= 0 && step > 0)
+            enterBody(step);
+        else
+            (neighbour ?? view).enter(step);
+    }
+    // The focus comes to this page, at its beginning or its end.
+    function enter(step) {
+        const buttons = barButtons();
+        if (step > 0 && buttons.length > 0)
+            buttons[0].forceActiveFocus(Qt.TabFocusReason);
+        else
+            enterBody(step);
+    }
+    function enterBody(step) {
+        const row = list.rows.nextFocusable(step > 0 ? -1 : list.count, step);
+        if (grid)
+            grid.forceActiveFocus(Qt.TabFocusReason);
+        else if (row >= 0)
+            list.focusRow(row);
+        else
+            barButtons()[0]?.forceActiveFocus(Qt.TabFocusReason);
+    }
+    function barButtons() {
+        return [bar.backItem, bar.leftItem, bar.rightItem].filter(item => item.visible);
     }
 
     Keys.onPressed: event => {
@@ -92,7 +107,7 @@ FocusScope {
         keyboardInUse: view.status.keyboardInUse
         lifted: view.scroller.contentY > view.scroller.originY + 4
         onBackTapped: view.backTapped()
-        onBarTapped: side => view.barTapped(side)
+        onBarTapped: (side, button) => view.barTapped(side, button)
     }
 
     Banner {
@@ -110,6 +125,7 @@ FocusScope {
 
         readonly property QtObject rows: view.page.rows
         readonly property bool keyboardInUse: view.status.keyboardInUse
+        readonly property string detailClass: view.detailClass
         readonly property bool editing: view.Window.activeFocusItem instanceof TextInput
 
         // On a page that has just come up the focus starts at its first row; a text is not opened for that.
@@ -269,6 +285,32 @@ FocusScope {
             DelegateChoice {
                 roleValue: "staticText"
                 StaticTextRow {}
+            }
+            DelegateChoice {
+                roleValue: "slider"
+                SliderRow {}
+            }
+            DelegateChoice {
+                roleValue: "typedSlider"
+                SliderRow {
+                    typed: true
+                }
+            }
+            DelegateChoice {
+                roleValue: "stepper"
+                StepperRow {}
+            }
+            DelegateChoice {
+                roleValue: "segment"
+                SegmentRow {}
+            }
+            DelegateChoice {
+                roleValue: "picker"
+                PickerRow {}
+            }
+            DelegateChoice {
+                roleValue: "pickerItem"
+                PickerItemRow {}
             }
             DelegateChoice {
                 PlaceholderRow {}
