@@ -434,6 +434,8 @@ TEST_F(Colors, KeepTheHueOfAGreyAndTheSaturationOfBlack) {
   EXPECT_EQ(model.hue(), 240);
   model.setShade(1, 1);
   EXPECT_EQ(model.colorCode(), "#0000ff");
+  model.type("#000000");
+  EXPECT_EQ(model.saturation(), 1);
 }
 
 TEST_F(Colors, HoldWhatIsOutOfBoundsAtTheNearestBoundAndLeaveOutWhatIsNoNumber) {
