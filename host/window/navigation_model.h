@@ -23,7 +23,8 @@ class NavigationModel final : public QAbstractListModel, public platform::Naviga
 
  public:
   /// Observes the controller from now on.
-  NavigationModel(platform::NavigationController& controller, const TextFinder& text, QObject* parent = nullptr);
+  NavigationModel(platform::NavigationController& controller, const WindowResources& resources,
+                  QObject* parent = nullptr);
   ~NavigationModel() override;
 
   [[nodiscard]] DialogModel* dialog() { return &dialog_; }
@@ -40,6 +41,8 @@ class NavigationModel final : public QAbstractListModel, public platform::Naviga
   Q_INVOKABLE void back();
   /// Presses the bar button of a page at a side, "left" or "right"; of the page on top, unless another one is named.
   Q_INVOKABLE void pressBar(const QString& side, QObject* page = nullptr);
+  /// Opens the page on top anew, without any movement.
+  Q_INVOKABLE void reopen();
   /// Ends editing on the page on top, which commits the edited text.
   Q_INVOKABLE void endEditing();
   /// The view has moved a page that was popped off the screen.
@@ -70,6 +73,8 @@ class NavigationModel final : public QAbstractListModel, public platform::Naviga
 
   platform::NavigationController& controller_;
   DialogModel dialog_;
+  const std::function<void()> reopenPage_;
+  bool isReopening_ = false;
   /// Bottom first; pages that leave stand behind those on the stack.
   std::vector<PageModel*> pages_;
 };

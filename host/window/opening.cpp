@@ -92,6 +92,13 @@ void openPage(platform::Platform& platform, PageRegistry& pages, const PageRegis
   if (chain.back() != page.page->className) push(platform, page.page->className);
 }
 
+void reopenPage(platform::Platform& platform) {
+  const auto page = platform.navigation.topViewController();
+  if (!page) return;
+  platform.navigation.popViewController(false);
+  push(platform, page->className());
+}
+
 std::optional<std::string> rowShownFor(platform::Platform& platform, std::string_view key) {
   const auto page = std::dynamic_pointer_cast<frame::KVQuellarListController>(topList(platform));
   std::optional<std::string> shown(key);

@@ -14,6 +14,9 @@ namespace quellar::host::window {
 /// a tap on its link would. A page that no link leads to is pushed right onto the first one.
 void openPage(platform::Platform& platform, frame::PageRegistry& pages, const frame::PageRegistry::Entry& page);
 
+/// Opens the page on top anew, as a tap on its link would: it is another page then, which reads the store again.
+void reopenPage(platform::Platform& platform);
+
 /// The row of the page on top that a key is to be found at: the row itself, or the switch that shows it; nothing where
 /// the page has no such row.
 [[nodiscard]] std::optional<std::string> rowShownFor(platform::Platform& platform, std::string_view key);

@@ -33,14 +33,19 @@ void prepareApplication() {
 
 SettingsWindow::SettingsWindow(platform::NavigationController& controller, const WindowResources& resources,
                                double scale, const Appearance& appearance)
-    : navigation_(controller, resources.text), state_(appearance) {
+    : navigation_(controller, resources), state_(appearance) {
   engine_.addImageProvider("platform", new PlatformImageProvider(resources.findImage, scale));
   engine_.addImageProvider("glyph", new GlyphProvider);
   engine_.addImageProvider("swatch", new SwatchProvider);
   engine_.addImageProvider("backdrop", new BackdropProvider(resources.wallpaper));
-  engine_.setInitialProperties({{"navigation", QVariant::fromValue<QObject*>(&navigation_)},
-                                {"status", QVariant::fromValue<QObject*>(&state_)},
-                                {"rowOrder", QVariant::fromValue<QObject*>(&order_)}});
+  engine_.setInitialProperties(
+      {{"navigation", QVariant::fromValue<QObject*>(&navigation_)},
+       {"status", QVariant::fromValue<QObject*>(&state_)},
+       {"elsewhere", QVariant::fromValue<QObject*>(resources.elsewhere)},
+       {"texts", QVariantMap{{"changedElsewhere", resources.text("Changed elsewhere. Reopen to see it.")},
+                             {"reopen", resources.text("Reopen")}}},
+       {"rowOrder", QVariant::fromValue<QObject*>(&order_)}});
+  QObject::connect(&navigation_, &NavigationModel::topChanged, resources.elsewhere, &ElsewhereWatch::checkSoon);
   engine_.load(QUrl(kView));
   window_ = engine_.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
   if (!window_) throw std::runtime_error("the view of the window can't be loaded");

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "host/window/window_platform.h"
 
-#include <iostream>
+#include <array>
+#include <exception>
+#include <filesystem>
+#include <set>
 
-#include "frame/localizer.h"
+#include "frame/names.h"
+#include "host/window/opening.h"
 #include "host/window/wallpaper.h"
 #include "pages/registry.h"
 
@@ -21,6 +25,33 @@ void ThrowawayPreferences::setAppValue(std::string_view key, const std::optional
   values_.insert_or_assign({std::string(domain), std::string(key)}, value);
 }
 
+namespace {
+
+// The folders in which something happens when the domain's file is made or replaced. A link may lead the file
+// elsewhere, and until something is stored there may be neither file nor folder.
+QStringList domainFolders(const linux::DeviceRoot& root) {
+  const auto realPath = [&root](const std::string& path) {
+    try {
+      return root.realPath(path).value_or("");
+    } catch (const std::exception&) {
+      return std::filesystem::path();
+    }
+  };
+  constexpr std::array kPaths = {"/var/mobile/Library/Preferences", "/var/mobile/Library", "/var/mobile", "/var", "/"};
+  const auto file = realPath(std::string(kPaths.front()) + "/" + std::string(frame::kSettingsDomain) + ".plist");
+  std::set<QString> folders;
+  if (!file.empty()) folders.insert(QString::fromStdString(file.parent_path().string()));
+  for (const char* path : kPaths) {
+    const auto folder = realPath(path);
+    if (folder.empty()) continue;
+    folders.insert(QString::fromStdString(folder.string()));
+    break;
+  }
+  return {folders.begin(), folders.end()};
+}
+
+}  // namespace
+
 WindowPlatform::WindowPlatform(const WindowPlatformOptions& options)
     : services_({.deviceRoot = options.deviceRoot,
                  .language = options.language,
@@ -29,7 +60,8 @@ WindowPlatform::WindowPlatform(const WindowPlatformOptions& options)
       throwaway_(options.throwaway ? std::make_unique<ThrowawayPreferences>(services_.preferences) : nullptr),
       busNotifier_(services_.bus.descriptor(), QSocketNotifier::Read),
       device_(options.idiom, options.scale, options.width),
-      platform_{throwaway_ ? static_cast<platform::Preferences&>(*throwaway_) : services_.preferences,
+      seen_(throwaway_ ? static_cast<platform::Preferences&>(*throwaway_) : services_.preferences),
+      platform_{seen_,
                 services_.darwin,
                 services_.distributed,
                 notifications_,
@@ -40,7 +72,8 @@ WindowPlatform::WindowPlatform(const WindowPlatformOptions& options)
                 services_.applications,
                 pages_,
                 navigation_,
-                shared_} {
+                shared_},
+      elsewhere_(seen_, [this] { return domainFolders(services_.deviceRoot); }, navigation_) {
   pages::registerPages(pages_);
   pages_.setPlatform(platform_);
   QObject::connect(&busNotifier_, &QSocketNotifier::activated, [this] { services_.bus.process(); });
@@ -53,12 +86,15 @@ WindowResources WindowPlatform::resources() {
     return QString::fromStdString(found->file.string());
   };
   const auto text = [this](std::string_view english) {
-    return QString::fromStdString(frame::KVQuellarLocalizer::sharedLocalizer(platform_).localizedStringForKey(english));
+    return QString::fromStdString(
+        services_.bundles.localizedString(linux::kSettingsBundlePath, english, english, "Window"));
   };
   const auto wallpaper = [this](QSize pixels) {
-    return wallpaperFilling(services_.root, pixels, [](const std::string& message) { std::cerr << message << std::endl; });
+    return wallpaperFilling(services_.deviceRoot, pixels, linux::reportToSystemLog);
   };
-  return {.findImage = findImage, .text = text, .wallpaper = wallpaper};
+  const auto reopenPage = [this] { window::reopenPage(platform_); };
+  return {
+      .findImage = findImage, .text = text, .wallpaper = wallpaper, .reopenPage = reopenPage, .elsewhere = &elsewhere_};
 }
 
 }  // namespace quellar::host::window

@@ -10,7 +10,9 @@
 
 #include "frame/page_registry.h"
 #include "host/linux/services.h"
+#include "host/window/elsewhere_watch.h"
 #include "host/window/qt_main_queue.h"
+#include "host/window/seen_preferences.h"
 #include "host/window/window_resources.h"
 #include "platform/navigation_controller.h"
 #include "platform/platform.h"
@@ -79,7 +81,7 @@ class WindowPlatform {
   [[nodiscard]] frame::PageRegistry& pages() { return pages_; }
   [[nodiscard]] QtMainQueue& mainQueue() { return mainQueue_; }
   [[nodiscard]] bool isRightToLeft() { return services_.bundles.isRightToLeft(); }
-  /// Images of the device root and the bundle, texts of the bundle, the wallpaper; this object outlives their use.
+  /// Images, texts and the wallpaper, and what the window knows of other programs; this object outlives their use.
   [[nodiscard]] WindowResources resources();
   /// The values that were set, where they are kept in memory; nullptr otherwise.
   [[nodiscard]] ThrowawayPreferences* throwaway() { return throwaway_.get(); }
@@ -91,10 +93,12 @@ class WindowPlatform {
   platform::NotificationCenter notifications_;
   QtMainQueue mainQueue_;
   WindowDevice device_;
+  SeenPreferences seen_;
   frame::PageRegistry pages_;
   platform::SharedInstances shared_;
   platform::NavigationController navigation_{notifications_};
   platform::Platform platform_;
+  ElsewhereWatch elsewhere_;
 };
 
 }  // namespace quellar::host::window

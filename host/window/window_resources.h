@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "host/window/backdrop_provider.h"
+#include "host/window/elsewhere_watch.h"
 #include "host/window/image_provider.h"
 
 namespace quellar::host::window {
@@ -18,6 +19,9 @@ struct WindowResources {
   ImageFinder findImage;
   TextFinder text;
   WallpaperFinder wallpaper;
+  /// Opens the page on top anew, so that it reads the store again.
+  std::function<void()> reopenPage;
+  ElsewhereWatch* elsewhere = nullptr;
 };
 
 }  // namespace quellar::host::window

@@ -84,8 +84,11 @@ TEST_F(BackdropPage, ShowsThirtyOneLabelledPreviewsTwoInALine) {
 }
 
 TEST_F(BackdropPage, HasTheItemSizesOfItsPickerAtEveryWidth) {
-  openPicker({.size = QSize(768, 600)});
-  EXPECT_EQ(previews().front()->size(), QSizeF(364, 90));
+  // Beside the list of pages there is less room.
+  openPicker({.size = QSize(1180, 600)});
+  EXPECT_EQ(previews().front()->size(), QSizeF((1180 - 400) / 2 - 20, 90));
+  view().resize(600, 600);
+  ASSERT_TRUE(eventually([this] { return previews().front()->width() == 280; }));
   view().resize(500, 600);
   ASSERT_TRUE(eventually([this] { return previews().front()->width() == 230; }));
   ASSERT_TRUE(

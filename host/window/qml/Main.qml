@@ -7,6 +7,8 @@ Window {
     required property QtObject navigation
     required property QtObject status
     required property QtObject rowOrder
+    required property QtObject elsewhere
+    required property var texts
 
     function revealRow(index) {
         stack.revealRow(index);
@@ -41,6 +43,8 @@ Window {
         navigation: window.navigation
         status: window.status
         rowOrder: window.rowOrder
+        elsewhere: window.elsewhere
+        texts: window.texts
         enabled: !dialog.shown
         focus: true
     }

@@ -10,6 +10,8 @@ FocusScope {
     required property QtObject navigation
     required property QtObject status
     required property QtObject rowOrder
+    required property QtObject elsewhere
+    required property var texts
 
     readonly property int depth: navigation.depth
     readonly property Item topView: pages.count >= depth && depth > 0 ? pages.itemAt(depth - 1) : null
@@ -21,6 +23,12 @@ FocusScope {
     readonly property Item anchorItem: pressedItem && pressedItem.visible ? pressedItem : topView ? topView.bar.rightItem : null
     readonly property int direction: LayoutMirroring.enabled ? -1 : 1
 
+    // The page is another one then, at the same place.
+    function reopen() {
+        const place = topView.place();
+        navigation.reopen();
+        topView.restore(place);
+    }
     function revealRow(index) {
         topView.list.show(index);
     }
@@ -62,6 +70,9 @@ FocusScope {
             }
 
             status: stack.status
+            notice: stack.topView === view && stack.elsewhere && stack.elsewhere.changed ? stack.texts.changedElsewhere : ""
+            noticeAction: stack.texts.reopen
+            onNoticeActed: stack.reopen()
             rowOrder: stack.rowOrder
             width: beside ? stack.firstWidth : stack.width - leftEdge
             height: stack.height

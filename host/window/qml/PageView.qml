@@ -20,9 +20,31 @@ FocusScope {
     readonly property Item grid: previews.item
     readonly property Flickable scroller: grid ? grid.flickable : list
 
+    // A line above the rows, and what it offers.
+    property string notice: ""
+    property string noticeAction: ""
+
+    signal noticeActed
     signal backTapped
     signal barTapped(string side, Item button)
 
+    // Where the page is scrolled to, and the row that has the focus; and how to come back there.
+    function place() {
+        const top = list.indexAt(list.width / 2, list.contentY + 1);
+        return {
+            focused: list.currentIndex,
+            top: top,
+            offset: top >= 0 ? list.contentY - list.itemAtIndex(top).y : list.contentY - list.originY
+        };
+    }
+    function restore(place) {
+        list.forceLayout();
+        list.currentIndex = Math.min(place.focused, list.count - 1);
+        list.positionViewAtIndex(Math.max(0, place.top), ListView.Beginning);
+        list.scrollBy(place.top >= 0 ? place.offset : place.offset + list.originY - list.contentY);
+        if (list.currentIndex >= 0)
+            list.forceActiveFocus();
+    }
     // Before the page goes: rows that are still being made must not outlive it.
     function close() {
         list.model = null;
@@ -62,7 +84,7 @@ FocusScope {
             barButtons()[0]?.forceActiveFocus(Qt.TabFocusReason);
     }
     function barButtons() {
-        return [bar.backItem, bar.leftItem, bar.rightItem].filter(item => item.visible);
+        return [bar.backItem, bar.leftItem, bar.rightItem, notice.actionItem].filter(item => item.visible);
     }
 
     Keys.onPressed: event => {
@@ -108,6 +130,20 @@ FocusScope {
         lifted: view.scroller.contentY > view.scroller.originY + 4
         onBackTapped: view.backTapped()
         onBarTapped: (side, button) => view.barTapped(side, button)
+    }
+
+    Banner {
+        id: notice
+
+        z: 1
+        anchors.top: banner.bottom
+        width: parent.width
+        text: view.notice
+        action: view.noticeAction
+        ground: Theme.selected
+        textColor: Theme.title
+        keyboardInUse: view.status.keyboardInUse
+        onActed: view.noticeActed()
     }
 
     Banner {
@@ -188,7 +224,7 @@ FocusScope {
         }
         readonly property Item restItem: rest
 
-        anchors.top: banner.bottom
+        anchors.top: notice.bottom
         anchors.bottom: parent.bottom
         anchors.left: parent.left
         anchors.right: parent.right
