@@ -220,13 +220,9 @@ std::vector<std::vector<std::int64_t>> withoutMemoryAndTime(std::vector<std::vec
 TEST(Tracer, SeesTheSystemCallsThatStraceSees) {
   const TrustRoot root;
   const auto command = [&](int first) {
-    return std::vector<std::string>{QUELLAR_TRUST_WRITER,
-                                    root.written.root.string(),
-                                    WritingTask().key,
-                                    std::to_string(first),
-                                    "2",
-                                    "--synchronize",
-                                    "--abrupt"};
+    return std::vector<std::string>{
+        QUELLAR_TRUST_WRITER, root.written.root.string(), WritingTask().key, std::to_string(first), "2",
+        "--synchronize"};
   };
   // The leak checker doesn't work under a tracer, and ends the program for it.
   ::setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
