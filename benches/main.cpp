@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
   addSwitchWrite(suite);
   addFirstFrame(suite);
   addSwatch(suite);
+  addBackdrops(suite);
   Report report(suite);
   benchmark::RunSpecifiedBenchmarks(&report);
   benchmark::Shutdown();

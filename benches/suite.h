@@ -74,5 +74,6 @@ void addPageRows(Suite& suite);
 void addSwitchWrite(Suite& suite);
 void addFirstFrame(Suite& suite);
 void addSwatch(Suite& suite);
+void addBackdrops(Suite& suite);
 
 }  // namespace quellar::benches

@@ -280,6 +280,17 @@ struct Colors {
   std::vector<Post> postsAfterRedraw = {};
 };
 
+/// A key of the page's dictionary that no row has: what opens from a row, or the page itself, writes it.
+struct ForeignKey {
+  /// What its value is called on the page, in English.
+  std::string label = {};
+  std::string key = {};
+  /// None where any text will do.
+  Choices choices = {};
+  /// What a write of the key posts.
+  std::vector<Post> posts = {};
+};
+
 /// What a page does when a stepper row has stored a value: it reads its dictionary again, builds its rows anew and
 /// posts.
 struct StepperRefresh {
@@ -297,6 +308,7 @@ struct Page {
   std::string rebuiltBy = {};
   /// Keys that others write: before each write of the page their values are taken over from the store.
   std::vector<std::string> takesOver = {};
+  std::vector<ForeignKey> foreignKeys = {};
   Colors colors = {};
   /// Values typed into a slider's entry dialog are written.
   bool savesTypedValues = false;

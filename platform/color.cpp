@@ -6,13 +6,10 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <optional>
 
 namespace quellar::platform {
 
-namespace {
-
-std::optional<Color> parse(std::string_view text) {
+std::optional<Color> colorFromString(std::string_view text) {
   if (text.starts_with('#')) text.remove_prefix(1);
   double alpha = 1;
   if (const auto colon = text.find(':'); colon != std::string_view::npos) {
@@ -27,8 +24,6 @@ std::optional<Color> parse(std::string_view text) {
   return Color{static_cast<std::uint8_t>(digits >> 16U), static_cast<std::uint8_t>(digits >> 8U & 0xFFU),
                static_cast<std::uint8_t>(digits & 0xFFU), alpha};
 }
-
-}  // namespace
 
 std::string hexString(const Color& color) {
   static constexpr std::string_view kDigits = "0123456789abcdef";
@@ -52,8 +47,8 @@ std::string hexFromColor(const Color& color, bool alphaShown) {
 }
 
 Color LCPParseColorString(std::string_view text, std::string_view fallback) {
-  if (const auto color = parse(text)) return *color;
-  return parse(fallback).value_or(Color{});
+  if (const auto color = colorFromString(text)) return *color;
+  return colorFromString(fallback).value_or(Color{});
 }
 
 }  // namespace quellar::platform

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,8 +24,11 @@ struct Color {
 /// follow ("#ff0000:0.50").
 [[nodiscard]] std::string hexFromColor(const Color& color, bool alphaShown);
 
-/// Reads six hexadecimal digits, with or without "#" before them and ":" and an alpha from 0 to 1 after them. Anything
-/// else gives the fallback, read by the same rule; a fallback that is no colour gives black.
+/// Reads six hexadecimal digits, with or without "#" before them and ":" and an alpha from 0 to 1 after them; nothing
+/// for anything else.
+[[nodiscard]] std::optional<Color> colorFromString(std::string_view text);
+
+/// The same; what is no colour gives the fallback, and a fallback that is no colour gives black.
 [[nodiscard]] Color LCPParseColorString(std::string_view text, std::string_view fallback);
 
 }  // namespace quellar::platform

@@ -47,7 +47,9 @@ void NavigationController::present(Dialog dialog) {
 }
 
 void NavigationController::setDialogText(std::string text) {
-  if (dialog_ && dialog_->text) dialog_->text = std::move(text);
+  if (!dialog_ || !dialog_->text || *dialog_->text == text) return;
+  dialog_->text = std::move(text);
+  if (observer_) observer_->dialogTextChanged(*dialog_->text);
 }
 
 Dialog NavigationController::takeDialog() {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,6 +28,8 @@ class NavigationObserver {
   virtual void titleViewFades(ViewController& controller, double to, std::chrono::nanoseconds duration) = 0;
   virtual void dialogShown(const Dialog& dialog) = 0;
   virtual void dialogDismissed() = 0;
+  /// The field of the dialog holds another text, typed or set by a button of the bar above the keyboard.
+  virtual void dialogTextChanged(const std::string& text) = 0;
   virtual void keyboardChanged(bool visible) = 0;
 };
 

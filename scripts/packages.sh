@@ -35,10 +35,12 @@ run_packages=(
 )
 
 test_packages=(
+  appstream
   at-spi2-core
   clang-format-19
   clang-tidy-19
   dbus-daemon
+  desktop-file-utils
   git
   libatspi2.0-dev
   libgmock-dev

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <cstdint>
 
+#include "frame/list_controller.h"
 #include "frame/row_value.h"
 #include "host/cli/commands.h"
 #include "host/cli/output.h"
@@ -34,6 +36,15 @@ std::string nameForCommands(const PSSpecifier& row, const PanelHost& host) {
   if (const auto colorKey = row.stringForKey("colorKey"); !colorKey.empty()) return colorKey;
   const auto* page = host.registry().find(row.detailControllerClass());
   return page ? "-> " + page->name : "";
+}
+
+/// What is stored under a key that no row has, where it is of the key's type.
+std::optional<Value> chosenValue(const frame::ForeignKey& foreign, const frame::KVQuellarListController& page) {
+  const Value* stored = platform::find(page.userDefaults(), foreign.key);
+  const auto& choices = foreign.choices.values;
+  const bool isOfType =
+      stored && (choices.empty() ? stored->is<std::string>() : std::ranges::count(choices, *stored) > 0);
+  return isOfType ? std::optional(*stored) : std::nullopt;
 }
 
 }  // namespace
@@ -88,9 +99,15 @@ void printRows(const RowsCommand& command, PanelHost& host) {
 }
 
 void printValue(const GetCommand& command, PanelHost& host) {
-  const auto page = host.makePage(host.entryNamed(command.page));
-  const KeyedRow found = rowOfKey(*page, command.key);
-  print(headless::dump(headless::toJson(frame::shownValue(*found.row))) + "\n");
+  const auto& entry = host.entryNamed(command.page);
+  const auto page = host.makePage(entry);
+  std::optional<Value> shown;
+  if (const auto* foreign = foreignKey(*entry.page, command.key)) {
+    shown = chosenValue(*foreign, dynamic_cast<frame::KVQuellarListController&>(*page));
+  } else {
+    shown = frame::shownValue(*rowOfKey(*page, command.key).row);
+  }
+  print(headless::dump(headless::toJson(shown)) + "\n");
 }
 
 }  // namespace quellar::host::cli

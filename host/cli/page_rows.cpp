@@ -60,6 +60,11 @@ std::vector<KeyedRow> keyedRows(PSListController& page) {
   return found;
 }
 
+const frame::ForeignKey* foreignKey(const frame::Page& page, std::string_view key) {
+  const auto found = std::ranges::find(page.foreignKeys, key, &frame::ForeignKey::key);
+  return found == page.foreignKeys.end() ? nullptr : &*found;
+}
+
 KeyedRow rowOfKey(PSListController& page, std::string_view key) {
   for (const auto& specifier : page.specifiers()) {
     if (!key.empty() && keyOf(*specifier) == key) return {specifier, std::string(key), {}};
@@ -67,6 +72,10 @@ KeyedRow rowOfKey(PSListController& page, std::string_view key) {
   const auto rows = keyedRows(page);
   const auto found = std::ranges::find(rows, key, &KeyedRow::key);
   if (found != rows.end()) return *found;
+  const auto* described = dynamic_cast<const KVQuellarListController*>(&page);
+  if (const auto* foreign = described ? foreignKey(described->page(), key) : nullptr) {
+    throw UsageError("no row has the key " + foreign->key + "; what it holds is picked in the window or in a session");
+  }
   std::string keys;
   for (const auto& row : rows) keys += (keys.empty() ? "" : ", ") + row.key;
   throw UsageError("no key \"" + std::string(key) + "\" on the page \"" + page.title() + "\"; " +

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "frame/page.h"
 #include "platform/list_controller.h"
 
 namespace quellar::host::cli {
@@ -20,6 +21,9 @@ struct KeyedRow {
 
 /// The rows of a page that hold values: those that it shows, in display order, then those of its hidden blocks.
 [[nodiscard]] std::vector<KeyedRow> keyedRows(platform::PSListController& page);
+
+/// What a page's description says of a key that no row has; nullptr where it says nothing.
+[[nodiscard]] const frame::ForeignKey* foreignKey(const frame::Page& page, std::string_view key);
 
 /// The row of a key. Throws a UsageError that lists the page's keys where there is none.
 [[nodiscard]] KeyedRow rowOfKey(platform::PSListController& page, std::string_view key);

@@ -49,6 +49,14 @@ class Collector {
 
   std::vector<SchemaKey> collect() {
     add(page_.rows);
+    for (const frame::ForeignKey& foreign : page_.foreignKeys) {
+      const bool hasChoices = !foreign.choices.values.empty();
+      SchemaKey key = keyOf(foreign.key, hasChoices ? typeOf(foreign.choices.values) : kString, foreign.label, {});
+      key.values = foreign.choices.values;
+      key.titles = foreign.choices.titles;
+      addNames(foreign.posts, key.posts);
+      add(std::move(key));
+    }
     return std::move(keys_);
   }
 

@@ -12,6 +12,13 @@ using headless::toJson;
 
 namespace {
 
+constexpr auto kIntroduction =
+    "# Preference keys\n"
+    "\n"
+    "Page by page what is stored, in the domain com.vantorick.quellar2 under the defaults key in brackets, and the\n"
+    "notifications that a write posts. `quellar schema --markdown` prints this; each installed application adds keys\n"
+    "and values of its own.\n";
+
 Json keyJson(const SchemaKey& key) {
   Json values = nullptr;
   for (const auto& value : key.values) values.push_back(toJson(value));
@@ -35,8 +42,9 @@ std::string limits(const SchemaKey& key) {
   std::string text;
   if (key.minimum || key.maximum) return dump(toJson(key.minimum)) + " to " + dump(toJson(key.maximum));
   for (std::size_t place = 0; place < key.values.size(); ++place) {
-    text += (text.empty() ? "" : ", ") + dump(toJson(key.values[place]));
-    if (place < key.titles.size()) text += " " + key.titles[place];
+    const std::string value = dump(toJson(key.values[place]));
+    text += (text.empty() ? "" : ", ") + value;
+    if (place < key.titles.size() && key.titles[place] != value) text += " " + key.titles[place];
   }
   return text;
 }
@@ -70,6 +78,7 @@ std::string titleOf(const frame::PageRegistry::Entry& entry) {
 void printSchema(const SchemaCommand& command, PanelHost& host) {
   using Form = SchemaCommand::Form;
   Json all = Json::array();
+  if (command.form == Form::Markdown) print(kIntroduction);
   for (const auto& entry : host.registry().entries()) {
     const auto keys = schemaOf(*entry.page, host.platform());
     if (command.form == Form::Json) {
@@ -78,7 +87,7 @@ void printSchema(const SchemaCommand& command, PanelHost& host) {
     }
     if (keys.empty()) continue;
     if (command.form == Form::Markdown) {
-      print("## " + escaped(titleOf(entry)) +
+      print("\n## " + escaped(titleOf(entry)) +
             "\n\n| Key | Type | Default | Takes | Label | Posts |\n"
             "|---|---|---|---|---|---|\n");
       for (const auto& key : keys) {
@@ -86,7 +95,6 @@ void printSchema(const SchemaCommand& command, PanelHost& host) {
         for (const auto& cell : cells(key)) line += " " + escaped(cell) + " |";
         print(line + "\n");
       }
-      print("\n");
     } else {
       Table table;
       for (const auto& key : keys) table.add(cells(key));

@@ -74,12 +74,11 @@ std::string range(double minimum, double maximum) {
 
 /// A colour is six hexadecimal digits; an alpha may follow where the dialog has a slider for it.
 Color colorOf(const SetCommand& command, bool showAlpha) {
-  const auto read = [&](const char* fallback) { return platform::LCPParseColorString(command.value, fallback); };
-  const bool isColor = read("#000000") == read("#ffffff");
-  if (!isColor || (!showAlpha && command.value.find(':') != std::string::npos)) {
+  const auto color = platform::colorFromString(command.value);
+  if (!color || (!showAlpha && command.value.find(':') != std::string::npos)) {
     refuse(command, showAlpha ? "#rrggbb or #rrggbb:alpha" : "#rrggbb");
   }
-  return read("#000000");
+  return *color;
 }
 
 void change(platform::PSListController& page, PSSpecifier& row, const SetCommand& command,

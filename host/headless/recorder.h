@@ -40,6 +40,8 @@ class Recorder : public platform::NavigationObserver, public platform::ListObser
   void titleViewFades(platform::ViewController& controller, double to, std::chrono::nanoseconds duration) override;
   void dialogShown(const platform::Dialog& dialog) override;
   void dialogDismissed() override;
+  /// Typing is no event; the screen tells the text.
+  void dialogTextChanged(const std::string& /*text*/) override {}
   void keyboardChanged(bool visible) override;
 
   void rowsInserted(platform::PSListController& page, std::string_view afterSpecifierID, std::size_t at,

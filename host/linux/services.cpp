@@ -23,6 +23,7 @@ Services::Services(const ServiceOptions& options)
       languages(userLanguages(options.language)),
       bundles(deviceRoot, languages, reportToSystemLog),
       applications(dataFolders(), languages),
-      preferences(deviceRoot, options.onTrouble) {}
+      preferences(deviceRoot, options.onTrouble),
+      bus(options.useBus ? sessionBusAddress() : std::string()) {}
 
 }  // namespace quellar::host::linux

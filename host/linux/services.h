@@ -28,6 +28,8 @@ struct ServiceOptions {
   std::optional<std::string> language = std::nullopt;
   /// Is told of troubles of the store, those of flushing on another thread; may outlive nothing that it uses.
   FilePreferences::TroubleListener onTrouble = {};
+  /// Without the session bus what is posted goes nowhere.
+  bool useBus = true;
 };
 
 /// What the panel takes from this machine. Making it opens no file and no connection; each part does that when it is

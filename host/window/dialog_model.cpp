@@ -38,8 +38,8 @@ QString styleName(ButtonStyle style) {
 
 }  // namespace
 
-DialogModel::DialogModel(platform::NavigationController& navigation, QObject* parent)
-    : QObject(parent), navigation_(navigation) {}
+DialogModel::DialogModel(platform::NavigationController& navigation, const TextFinder& text, QObject* parent)
+    : QObject(parent), navigation_(navigation), color_(text, this) {}
 
 void DialogModel::show(const platform::Dialog& dialog) {
   kind_ = kindName(dialog.kind);
@@ -50,7 +50,13 @@ void DialogModel::show(const platform::Dialog& dialog) {
   for (const auto& button : dialog.buttons) {
     buttons_.append(QVariantMap{{"title", QString::fromStdString(button.title)}, {"style", styleName(button.style)}});
   }
+  hasField_ = dialog.text.has_value();
+  numeric_ = dialog.keyboardType == platform::KeyboardType::numberPad;
+  accessory_.clear();
+  for (const auto& button : dialog.accessory) accessory_.append(QString::fromStdString(button.title));
+  if (dialog.color) color_.begin(*dialog.color);
   emit contentChanged();
+  showText(dialog.text.value_or(""));
   shown_ = true;
   emit shownChanged();
 }
@@ -60,19 +66,47 @@ void DialogModel::hide() {
   emit shownChanged();
 }
 
+void DialogModel::showText(const std::string& text) {
+  text_ = QString::fromStdString(text);
+  emit textChanged();
+}
+
 void DialogModel::press(int index) {
   if (index >= 0) navigation_.pressDialogButton(static_cast<std::size_t>(index));
 }
 
-void DialogModel::cancel() {
+int DialogModel::placeOf(ButtonStyle style) const {
   const auto& dialog = navigation_.dialog();
-  if (!dialog) return;
-  const auto cancel = std::ranges::find(dialog->buttons, ButtonStyle::cancel, &platform::DialogButton::style);
-  if (cancel == dialog->buttons.end()) {
+  if (!dialog) return -1;
+  const auto found = std::ranges::find(dialog->buttons, style, &platform::DialogButton::style);
+  return found == dialog->buttons.end() ? -1 : static_cast<int>(found - dialog->buttons.begin());
+}
+
+void DialogModel::cancel() {
+  const int place = placeOf(ButtonStyle::cancel);
+  if (place < 0) {
     navigation_.dismiss();
   } else {
-    navigation_.pressDialogButton(static_cast<std::size_t>(cancel - dialog->buttons.begin()));
+    press(place);
   }
+}
+
+void DialogModel::accept() {
+  press(placeOf(ButtonStyle::plain));
+}
+
+void DialogModel::typeText(const QString& text) {
+  navigation_.setDialogText(text.toStdString());
+}
+
+void DialogModel::pressAccessory(int index) {
+  if (index >= 0) navigation_.pressAccessoryButton(static_cast<std::size_t>(index));
+}
+
+void DialogModel::choose() {
+  const auto& dialog = navigation_.dialog();
+  if (!dialog || !dialog->color || !color_.settle()) return;
+  navigation_.completeColorDialog(color_.value());
 }
 
 }  // namespace quellar::host::window

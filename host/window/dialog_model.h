@@ -3,8 +3,11 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
+#include <string>
 
+#include "host/window/color_model.h"
 #include "platform/dialog.h"
 #include "platform/navigation_controller.h"
 
@@ -22,25 +25,47 @@ class DialogModel final : public QObject {
   Q_PROPERTY(QVariantList buttons MEMBER buttons_ NOTIFY contentChanged)
   /// It points at the bar button at the right.
   Q_PROPERTY(bool anchored MEMBER anchored_ NOTIFY contentChanged)
+  Q_PROPERTY(bool hasField MEMBER hasField_ NOTIFY contentChanged)
+  /// What its field holds.
+  Q_PROPERTY(QString text MEMBER text_ NOTIFY textChanged)
+  /// The field is for numbers.
+  Q_PROPERTY(bool numeric MEMBER numeric_ NOTIFY contentChanged)
+  /// The titles of the buttons that help to type.
+  Q_PROPERTY(QStringList accessory MEMBER accessory_ NOTIFY contentChanged)
+  /// What a colour dialog picks.
+  Q_PROPERTY(QObject* color READ color CONSTANT)
 
  public:
-  DialogModel(platform::NavigationController& navigation, QObject* parent);
+  DialogModel(platform::NavigationController& navigation, const TextFinder& text, QObject* parent);
 
   [[nodiscard]] bool shown() const { return shown_; }
+  [[nodiscard]] ColorModel* color() { return &color_; }
 
   void show(const platform::Dialog& dialog);
   void hide();
+  void showText(const std::string& text);
 
   /// Presses the button at a place.
   Q_INVOKABLE void press(int index);
   /// Leaves the dialog as its cancel button would; where it has none, without an answer.
   Q_INVOKABLE void cancel();
+  /// Presses the button that takes what was typed; does nothing where the dialog has none.
+  Q_INVOKABLE void accept();
+  /// The user typed in the field.
+  Q_INVOKABLE void typeText(const QString& text);
+  Q_INVOKABLE void pressAccessory(int index);
+  /// Ends a colour dialog with the colour that is picked; a typed code that is no colour keeps it open and is refused.
+  Q_INVOKABLE void choose();
 
  signals:
   void shownChanged();
   void contentChanged();
+  void textChanged();
 
  private:
+  /// The place of the dialog's first button of a style; -1 where none is shown.
+  [[nodiscard]] int placeOf(platform::ButtonStyle style) const;
+
   platform::NavigationController& navigation_;
   bool shown_ = false;
   QString kind_;
@@ -48,6 +73,11 @@ class DialogModel final : public QObject {
   QString message_;
   QVariantList buttons_;
   bool anchored_ = false;
+  bool hasField_ = false;
+  QString text_;
+  bool numeric_ = false;
+  QStringList accessory_;
+  ColorModel color_;
 };
 
 }  // namespace quellar::host::window

@@ -27,8 +27,17 @@ class PlatformImageProvider final : public QQuickImageProvider {
   double scale_;
 };
 
+/// The swatches of colour rows as their cells draw them: "image://swatch/<rrggbb>", at the size that is asked for.
+class SwatchProvider final : public QQuickImageProvider {
+ public:
+  SwatchProvider() : QQuickImageProvider(Image) {}
+
+  QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
+};
+
 /// The small signs of the window itself, drawn at the size that is asked for: "image://glyph/<name>/<rrggbb>" with the
-/// names "chevron" (at the end of a link) and "back".
+/// names "chevron" (at the end of a link), "back", and "checks" (the ground under what can be seen through; of two
+/// squares by two).
 class GlyphProvider final : public QQuickImageProvider {
  public:
   GlyphProvider() : QQuickImageProvider(Image) {}

@@ -71,7 +71,7 @@ int runWindow(const Options& options) {
   const Appearance appearance{.textScale = options.textSize / 100.0,
                               .reducedMotion = options.reducedMotion,
                               .rightToLeft = panel.isRightToLeft()};
-  SettingsWindow window(panel.navigation(), panel.imageFinder(), screen.devicePixelRatio(), appearance);
+  SettingsWindow window(panel.navigation(), panel.resources(), screen.devicePixelRatio(), appearance);
   shown = &window;
 
   const auto& pages = panel.pages();

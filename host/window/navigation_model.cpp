@@ -10,8 +10,8 @@ using platform::BarButtonItem;
 using platform::BarSide;
 using platform::ViewController;
 
-NavigationModel::NavigationModel(platform::NavigationController& controller, QObject* parent)
-    : QAbstractListModel(parent), controller_(controller), dialog_(controller, this) {
+NavigationModel::NavigationModel(platform::NavigationController& controller, const TextFinder& text, QObject* parent)
+    : QAbstractListModel(parent), controller_(controller), dialog_(controller, text, this) {
   controller_.setObserver(this);
 }
 
@@ -26,6 +26,10 @@ int NavigationModel::depth() const {
 PageModel* NavigationModel::top() const {
   const int pages = depth();
   return pages == 0 ? nullptr : pages_[static_cast<std::size_t>(pages) - 1];
+}
+
+QString NavigationModel::detailClass() const {
+  return depth() < 2 ? QString() : QString::fromStdString(pages_[1]->controller()->className());
 }
 
 int NavigationModel::rowCount(const QModelIndex& parent) const {
@@ -47,10 +51,10 @@ void NavigationModel::back() {
   settle();
 }
 
-void NavigationModel::pressBar(const QString& side) {
-  const PageModel* page = top();
-  if (!page || dialog_.shown()) return;
-  const auto& item = page->controller()->navigationItem();
+void NavigationModel::pressBar(const QString& side, QObject* page) {
+  const PageModel* pressed = page ? qobject_cast<PageModel*>(page) : top();
+  if (!pressed || pressed->leaving() || dialog_.shown()) return;
+  const auto& item = pressed->controller()->navigationItem();
   const auto button = side == "left" ? item.leftBarButtonItem() : item.rightBarButtonItem();
   // What the button does may put another one in its place.
   if (button && button->run) button->run();
@@ -82,6 +86,12 @@ void NavigationModel::settle() {
   }
 }
 
+void NavigationModel::uncover(const PageModel& page) {
+  if (page.leaving()) return;
+  // A page that goes commits what is typed on it, which may show a dialog.
+  while (top() != &page && !dialog_.shown()) controller_.popViewController(false);
+}
+
 void NavigationModel::settleSoon() {
   QMetaObject::invokeMethod(this, &NavigationModel::settle, Qt::QueuedConnection);
 }
@@ -95,7 +105,9 @@ void NavigationModel::pushed(ViewController& controller) {
   const PageModel* beneath = top();
   const int place = depth();
   beginInsertRows({}, place, place);
-  pages_.insert(pages_.begin() + place, new PageModel(controller, beneath ? beneath->controller() : nullptr, this));
+  auto* const page = new PageModel(controller, beneath ? beneath->controller() : nullptr, this);
+  connect(page->rows(), &RowModel::aboutToBeTapped, this, [this, page] { uncover(*page); });
+  pages_.insert(pages_.begin() + place, page);
   endInsertRows();
   emit topChanged();
   // The page is loaded after this call.
@@ -128,6 +140,10 @@ void NavigationModel::dialogShown(const platform::Dialog& dialog) {
 
 void NavigationModel::dialogDismissed() {
   dialog_.hide();
+}
+
+void NavigationModel::dialogTextChanged(const std::string& text) {
+  dialog_.showText(text);
 }
 
 }  // namespace quellar::host::window

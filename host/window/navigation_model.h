@@ -16,18 +16,21 @@ class NavigationModel final : public QAbstractListModel, public platform::Naviga
   Q_OBJECT
   Q_PROPERTY(QObject* dialog READ dialog CONSTANT)
   Q_PROPERTY(QObject* top READ top NOTIFY topChanged)
+  /// The class of the page right above the first one, "" for none.
+  Q_PROPERTY(QString detailClass READ detailClass NOTIFY topChanged)
   /// The number of pages on the stack.
   Q_PROPERTY(int depth READ depth NOTIFY topChanged)
 
  public:
   /// Observes the controller from now on.
-  explicit NavigationModel(platform::NavigationController& controller, QObject* parent = nullptr);
+  NavigationModel(platform::NavigationController& controller, const TextFinder& text, QObject* parent = nullptr);
   ~NavigationModel() override;
 
   [[nodiscard]] DialogModel* dialog() { return &dialog_; }
   /// The page on top, or nullptr.
   [[nodiscard]] PageModel* top() const;
   [[nodiscard]] int depth() const;
+  [[nodiscard]] QString detailClass() const;
 
   [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
   [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
@@ -35,8 +38,8 @@ class NavigationModel final : public QAbstractListModel, public platform::Naviga
 
   /// Leaves the page on top; the first page stays.
   Q_INVOKABLE void back();
-  /// Presses the bar button of the page on top at a side, "left" or "right".
-  Q_INVOKABLE void pressBar(const QString& side);
+  /// Presses the bar button of a page at a side, "left" or "right"; of the page on top, unless another one is named.
+  Q_INVOKABLE void pressBar(const QString& side, QObject* page = nullptr);
   /// Ends editing on the page on top, which commits the edited text.
   Q_INVOKABLE void endEditing();
   /// The view has moved a page that was popped off the screen.
@@ -52,6 +55,7 @@ class NavigationModel final : public QAbstractListModel, public platform::Naviga
   void titleViewFades(platform::ViewController& controller, double to, std::chrono::nanoseconds duration) override;
   void dialogShown(const platform::Dialog& dialog) override;
   void dialogDismissed() override;
+  void dialogTextChanged(const std::string& text) override;
   void keyboardChanged(bool /*visible*/) override {}
 
  signals:
@@ -59,6 +63,8 @@ class NavigationModel final : public QAbstractListModel, public platform::Naviga
 
  private:
   void settleSoon();
+  /// Takes the pages above one off the stack, which is there to be used beside them.
+  void uncover(const PageModel& page);
   [[nodiscard]] PageModel* pageOf(const platform::ViewController& controller) const;
   void remove(const PageModel& page);
 

@@ -85,7 +85,10 @@ std::optional<std::string> switchThatShows(const std::vector<Row>& rows, std::st
 void openPage(platform::Platform& platform, PageRegistry& pages, const PageRegistry::Entry& page) {
   const std::string& first = pages.entries().front().page->className;
   const auto chain = chainOfLinks(pages, first, page.page->className);
-  for (const std::string& className : chain) push(platform, className);
+  for (const std::string& className : chain) {
+    const auto& stack = platform.navigation.viewControllers();
+    if (stack.size() != 1 || className != first || stack.front()->className() != first) push(platform, className);
+  }
   if (chain.back() != page.page->className) push(platform, page.page->className);
 }
 

@@ -10,8 +10,8 @@
 
 namespace quellar::host::window {
 
-/// Pushes the first page and then those that lead to a page by their links, each as a tap on its link would. A page
-/// that no link leads to is pushed right onto the first one.
+/// Pushes the first page, unless it is there alone already, and then those that lead to a page by their links, each as
+/// a tap on its link would. A page that no link leads to is pushed right onto the first one.
 void openPage(platform::Platform& platform, frame::PageRegistry& pages, const frame::PageRegistry::Entry& page);
 
 /// The row of the page on top that a key is to be found at: the row itself, or the switch that shows it; nothing where

@@ -25,7 +25,10 @@ QVariantMap backButtonOver(const platform::ViewController* beneath) {
 }  // namespace
 
 PageModel::PageModel(platform::ViewController& controller, const platform::ViewController* beneath, QObject* parent)
-    : QObject(parent), controller_(&controller), arriving_(beneath != nullptr), backButton_(backButtonOver(beneath)) {}
+    : QObject(parent), controller_(&controller), arriving_(beneath != nullptr), backButton_(backButtonOver(beneath)) {
+  auto* picker = dynamic_cast<cells::KVQuellarBackdropPickerViewController*>(&controller);
+  if (picker) previews_ = new BackdropModel(*picker, this);
+}
 
 void PageModel::refresh() {
   if (!controller_) return;
@@ -60,6 +63,7 @@ void PageModel::fadeTitle(double to, std::chrono::nanoseconds duration) {
 
 void PageModel::leave() {
   rows_.detach();
+  if (previews_) previews_->detach();
   controller_ = nullptr;
   emit leavingChanged();
 }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "host/window/backdrop_model.h"
 #include "host/window/row_model.h"
 #include "platform/view_controller.h"
 
@@ -28,6 +29,8 @@ class PageModel final : public QObject {
   /// How long the change to the present alpha takes, in milliseconds.
   Q_PROPERTY(int titleFade MEMBER titleFade_ NOTIFY titleAlphaChanged)
   Q_PROPERTY(QObject* rows READ rows CONSTANT)
+  /// The previews of a backdrop picker, which has no rows; null on any other page.
+  Q_PROPERTY(QObject* previews READ previews CONSTANT)
   /// The page is off the stack and slides away.
   Q_PROPERTY(bool leaving READ leaving NOTIFY leavingChanged)
   /// It came onto a page that was on the screen, so it slides in.
@@ -39,6 +42,7 @@ class PageModel final : public QObject {
 
   [[nodiscard]] platform::ViewController* controller() const { return controller_; }
   [[nodiscard]] RowModel* rows() { return &rows_; }
+  [[nodiscard]] BackdropModel* previews() { return previews_; }
   [[nodiscard]] bool leaving() const { return controller_ == nullptr; }
   /// It has been read once.
   [[nodiscard]] bool isLoaded() const { return loaded_; }
@@ -61,6 +65,7 @@ class PageModel final : public QObject {
   const bool arriving_;
   bool loaded_ = false;
   RowModel rows_;
+  BackdropModel* previews_ = nullptr;
   QString title_;
   QVariantMap backButton_;
   QVariantMap leftButton_;

@@ -4,13 +4,16 @@
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QImage>
+#include <QQuickItem>
 #include <QStyleHints>
 #include <algorithm>
+#include <array>
 #include <iostream>
 #include <set>
 #include <stdexcept>
 #include <string>
 
+#include "cells/backdrop_picker.h"
 #include "frame/names.h"
 #include "host/window/opening.h"
 #include "host/window/settings_window.h"
@@ -18,7 +21,6 @@
 namespace quellar::host::window {
 
 using frame::Dependent;
-using frame::Page;
 using frame::Row;
 using platform::Dictionary;
 using platform::Value;
@@ -26,12 +28,12 @@ using platform::Value;
 namespace {
 
 struct Form {
-  const char* name;
+  const char* name = nullptr;
   QSize size;
-  Idiom idiom;
+  Idiom idiom = Idiom::phone;
 };
 
-constexpr Form kForms[] = {{"phone", {390, 844}, Idiom::phone}, {"wide", {1180, 820}, Idiom::pad}};
+constexpr std::array kForms{Form{"phone", {390, 844}, Idiom::phone}, Form{"wide", {1180, 820}, Idiom::pad}};
 
 // "Status Bar" as a file name: "status-bar".
 std::string fileName(const std::string& pageName) {
@@ -54,6 +56,13 @@ void collectControllingKeys(const std::vector<Row>& rows, std::vector<std::strin
   }
 }
 
+bool isLoading(const QQuickItem& item) {
+  constexpr int kLoading = 2;  // QQuickImageBase::Loading
+  if (item.inherits("QQuickImage") && item.property("status").toInt() == kLoading) return true;
+  const auto children = item.childItems();
+  return std::ranges::any_of(children, [](const QQuickItem* child) { return isLoading(*child); });
+}
+
 // All pictures in one form.
 class Studio {
  public:
@@ -67,7 +76,7 @@ class Studio {
                 .width = static_cast<double>(form.size.width()),
                 .throwaway = true,
                 .onTrouble = {}}),
-        window_(panel_.navigation(), panel_.imageFinder(), scale,
+        window_(panel_.navigation(), panel_.resources(), scale,
                 {.textScale = options.textSize / 100.0, .reducedMotion = true, .rightToLeft = panel_.isRightToLeft()}) {
     window_.show(form.size);
     window_.window().requestActivate();
@@ -75,6 +84,9 @@ class Studio {
 
   std::vector<std::filesystem::path> takeAll() {
     for (const auto& entry : panel_.pages().entries()) take(entry);
+    takeBackdropPicker();
+    // The toolkit ends its animations by an event, and complains where that comes after their window has gone.
+    settle();
     return std::move(files_);
   }
 
@@ -90,18 +102,46 @@ class Studio {
       window_.navigation().pressBar("right");
       saveDialog(name);
     }
-    if (keys.empty()) return;
+    if (keys.empty()) {
+      saveColorDialog(name);
+      return;
+    }
     open(entry, keys, true);
     window_.revealRow(QString::fromStdString(keys.front()));
     save(name + "-open");
-    if (const int text = firstTextRow(); text >= 0) {
+    saveColorDialog(name);
+    if (const int text = firstRow("text"); text >= 0) {
       QMetaObject::invokeMethod(&window_.window(), "revealRow", Q_ARG(QVariant, text));
       save(name + "-typing");
     }
+    if (const int slider = firstRow("typedSlider"); slider >= 0) {
+      window_.navigation().top()->rows()->enterValue(slider);
+      saveDialog(name + "-entry");
+    }
+    if (const int picker = firstRow("picker"); picker >= 0) {
+      window_.navigation().top()->rows()->activate(picker);
+      window_.navigation().settle();
+      RowModel& choices = *window_.navigation().top()->rows();
+      choices.activate(choices.nextFocusable(choices.nextFocusable(-1, 1), 1));
+      save(name + "-choices");
+      panel_.navigation().popViewController(false);
+    }
+  }
+
+  // It is no page of its own; a page opens it.
+  void takeBackdropPicker() {
+    open(*panel_.pages().find("Notification Center"), {}, false);
+    panel_.navigation().pushViewController(
+        std::make_shared<cells::KVQuellarBackdropPickerViewController>(panel_.platform(), "style", "Picture_Defaults"));
+    window_.navigation().settle();
+    save("backdrop-styles");
   }
 
   void open(const frame::PageRegistry::Entry& entry, const std::vector<std::string>& keys, bool blocksOpen) {
-    while (panel_.navigation().popViewController(false)) {
+    // The first page stays, where it has come to rest already.
+    const bool isFirst = &entry == &panel_.pages().entries().front();
+    while (panel_.navigation().viewControllers().size() > (isFirst ? 0U : 1U)) {
+      panel_.navigation().popViewController(false);
     }
     panel_.throwaway()->clear();
     if (!keys.empty()) {
@@ -115,25 +155,37 @@ class Studio {
     window_.navigation().settle();
   }
 
-  // Lets the page come to rest: a title picture fades in some time after its page has come up.
+  // Lets the page come to rest: a title picture fades in some time after its page has come up, and some images are
+  // drawn on other threads.
   void settle() {
     QElapsedTimer clock;
     clock.start();
     const auto moving = [this] {
       const PageModel* page = window_.navigation().top();
       const auto& title = page->controller()->navigationItem().titleView();
-      return title && title->alpha < 1;
+      return (title && title->alpha < 1) || isLoading(*window_.window().contentItem());
     };
     do {
       QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    } while (moving() && clock.elapsed() < 3000);
+    } while (moving() && clock.elapsed() < 60000);
     QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
   }
 
-  int firstTextRow() {
+  // The first row of a kind on the page; -1 where there is none.
+  int firstRow(const char* kind) {
     const auto& rows = window_.navigation().top()->rows()->rows();
-    const auto text = std::ranges::find(rows, QString("text"), &ShownRow::kind);
-    return text == rows.end() ? -1 : static_cast<int>(text - rows.begin());
+    const auto found = std::ranges::find(rows, QString(kind), &ShownRow::kind);
+    return found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
+  }
+
+  // With its first colour. The dialogs are alike but for the slider for the opacity, so one of each kind will do.
+  void saveColorDialog(const std::string& pageName) {
+    const int row = firstRow("color");
+    if (row < 0) return;
+    window_.navigation().top()->rows()->activate(row);
+    const auto& dialog = panel_.navigation().dialog();
+    if (dialog && dialog->color && colorDialogs_.insert(dialog->color->showAlpha).second) save(pageName + "-color");
+    panel_.navigation().dismiss();
   }
 
   // Dialogs that several pages show are drawn once.
@@ -159,6 +211,7 @@ class Studio {
   WindowPlatform panel_;
   SettingsWindow window_;
   std::set<std::string> dialogs_;
+  std::set<bool> colorDialogs_;
   std::vector<std::filesystem::path> files_;
 };
 

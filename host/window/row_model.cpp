@@ -2,19 +2,28 @@
 #include "host/window/row_model.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <optional>
 
+#include "cells/color_preview_cell.h"
+#include "cells/slider_cell.h"
+#include "cells/stepper_cell.h"
 #include "frame/row_value.h"
 #include "host/window/image_address.h"
 #include "host/window/row_matching.h"
+#include "platform/navigation_controller.h"
 
 namespace quellar::host::window {
 
+using cells::KVQuellarSliderCell;
+using cells::KVQuellarStepperCell;
 using platform::Control;
 using platform::PSCellType;
 using platform::PSListController;
+using platform::PSSliderTableCell;
 using platform::PSSpecifier;
 using platform::Specifiers;
 
@@ -73,6 +82,78 @@ QString shownText(PSListController& page, PSSpecifier& row, bool editing) {
   return text ? QString::fromStdString(*text) : QString();
 }
 
+template <typename Cell>
+std::shared_ptr<Cell> cellOf(const PSSpecifier& row) {
+  return std::dynamic_pointer_cast<Cell>(row.cell());
+}
+
+// A value as the row's slider shows it.
+std::string shownAt(PSSpecifier& row, double value) {
+  PSSliderTableCell cell(row, {});
+  cell.setValue(value);
+  return cell.valueText();
+}
+
+// The distance between two neighbouring values that the row's slider shows.
+double shownStep(PSSpecifier& row) {
+  const std::string text = shownAt(row, 0);
+  const std::size_t point = text.find('.');
+  return point == std::string::npos ? 1 : 1 / std::pow(10.0, static_cast<double>(text.size() - point - 1));
+}
+
+// The number that the text of a value reads as: what is stored is what is shown.
+double nearestShown(PSSpecifier& row, double value) {
+  PSSliderTableCell cell(row, {});
+  const std::string text = shownAt(row, value);
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  // A zero without a sign.
+  cell.setValue(value + 0.0);
+  return cell.value();
+}
+
+void addSlider(ShownRow& row, const PSSliderTableCell& cell) {
+  row.level = cell.value();
+  row.minimum = cell.minimum();
+  row.maximum = cell.maximum();
+  row.step = shownStep(cell.specifier());
+  if (cell.showValue()) row.text = QString::fromStdString(cell.valueText());
+  if (const auto* typed = dynamic_cast<const KVQuellarSliderCell*>(&cell)) {
+    row.label = QString::fromStdString(typed->labelText().text);
+    row.tint = color(typed->minimumTrackTint);
+    row.restTint = color(typed->maximumTrackTint);
+    if (const auto& footnote = typed->footerText()) row.footnote = QString::fromStdString(footnote->text);
+  }
+}
+
+void addStepper(ShownRow& row, const KVQuellarStepperCell& cell) {
+  const auto& stepper = cell.stepper();
+  row.level = stepper.value;
+  row.minimum = stepper.minimum;
+  row.maximum = stepper.maximum;
+  row.step = stepper.step;
+  row.canDecrease = stepper.wraps || stepper.value > stepper.minimum;
+  row.canIncrease = stepper.wraps || stepper.value < stepper.maximum;
+  row.autorepeat = stepper.autorepeat;
+  row.text = QString::fromStdString(cell.label().text);
+}
+
+// The place of the choice that a picker or segment row shows; nothing where what is stored is none of them.
+std::optional<std::size_t> chosenPlace(PSSpecifier& row) {
+  const auto shown = frame::shownValue(row);
+  return shown ? row.indexOfValue(*shown) : std::nullopt;
+}
+
+void addChoices(ShownRow& row, Control control, PSSpecifier& specifier) {
+  const auto chosen = chosenPlace(specifier);
+  if (control == Control::segment) {
+    for (const auto& title : specifier.titles()) row.titles.append(QString::fromStdString(title));
+    row.chosen = chosen ? static_cast<int>(*chosen) : -1;
+    return;
+  }
+  const auto& titles = specifier.shortTitles().empty() ? specifier.titles() : specifier.shortTitles();
+  if (chosen && *chosen < titles.size()) row.text = QString::fromStdString(titles[*chosen]);
+}
+
 ShownRow rowOf(PSListController& page, PSSpecifier& specifier, std::size_t place) {
   const Control control =
       specifier.cell() ? specifier.cell()->control() : platform::PSTableCell(specifier, {}).control();
@@ -82,6 +163,7 @@ ShownRow rowOf(PSListController& page, PSSpecifier& specifier, std::size_t place
   row.label = QString::fromStdString(specifier.name());
   row.identifier = QString::fromStdString(identifier.value_or(""));
   row.key = row.kind.toStdString() + (identifier ? "#" + *identifier : ":" + specifier.name());
+  row.opens = QString::fromStdString(specifier.detailControllerClass());
   row.icon = iconAddress(specifier);
   row.enabled = specifier.enabled();
   row.placeholder = QString::fromStdString(specifier.stringForKey("placeholder"));
@@ -89,9 +171,22 @@ ShownRow rowOf(PSListController& page, PSSpecifier& specifier, std::size_t place
   if (control == Control::toggle) {
     const auto shown = frame::shownValue(specifier);
     row.checked = shown && shown->boolValue();
-  } else if (control == Control::text) {
+  } else {
+    row.checked = page.showsCheckmark(place);
+  }
+  if (control == Control::text) {
     row.editing = page.editedSpecifier() == &specifier;
     row.text = shownText(page, specifier, row.editing);
+  } else if (control == Control::picker || control == Control::segment) {
+    addChoices(row, control, specifier);
+  } else if (const auto slider = cellOf<PSSliderTableCell>(specifier)) {
+    addSlider(row, *slider);
+  } else if (const auto stepper = cellOf<KVQuellarStepperCell>(specifier)) {
+    addStepper(row, *stepper);
+  }
+  if (const auto* cell = dynamic_cast<const cells::KVQuellarColorPreviewTableCell*>(specifier.cell().get())) {
+    const auto& drawn = cell->swatch();
+    row.swatch = color(drawn.colorAt(drawn.pixelWidth / 2, drawn.pixelHeight / 2));
   }
   if (const auto& cell = specifier.cell()) {
     row.titleColor = color(cell->titleColor);
@@ -164,6 +259,7 @@ const std::vector<Role>& roles() {
       {"kind", [](const ShownRow& row) { return row.kind; }},
       {"label", [](const ShownRow& row) { return row.label; }},
       {"identifier", [](const ShownRow& row) { return row.identifier; }},
+      {"opens", [](const ShownRow& row) { return row.opens; }},
       {"icon", [](const ShownRow& row) { return row.icon; }},
       {"iconColumn", [](const ShownRow& row) { return row.iconColumn; }},
       {"checked", [](const ShownRow& row) { return row.checked; }},
@@ -176,6 +272,18 @@ const std::vector<Role>& roles() {
       {"last", [](const ShownRow& row) { return row.last; }},
       {"titleColor", [](const ShownRow& row) { return row.titleColor; }},
       {"tint", [](const ShownRow& row) { return row.tint; }},
+      {"restTint", [](const ShownRow& row) { return row.restTint; }},
+      {"footnote", [](const ShownRow& row) { return row.footnote; }},
+      {"level", [](const ShownRow& row) { return row.level; }},
+      {"minimum", [](const ShownRow& row) { return row.minimum; }},
+      {"maximum", [](const ShownRow& row) { return row.maximum; }},
+      {"step", [](const ShownRow& row) { return row.step; }},
+      {"canDecrease", [](const ShownRow& row) { return row.canDecrease; }},
+      {"canIncrease", [](const ShownRow& row) { return row.canIncrease; }},
+      {"autorepeat", [](const ShownRow& row) { return row.autorepeat; }},
+      {"titles", [](const ShownRow& row) { return row.titles; }},
+      {"chosen", [](const ShownRow& row) { return row.chosen; }},
+      {"swatch", [](const ShownRow& row) { return row.swatch; }},
   };
   return all;
 }
@@ -227,6 +335,11 @@ int RowModel::indexOf(const QString& identifier) const {
   return found == rows_.end() ? -1 : static_cast<int>(found - rows_.begin());
 }
 
+int RowModel::indexOpening(const QString& className) const {
+  const auto found = std::ranges::find(rows_, className, &ShownRow::opens);
+  return className.isEmpty() || found == rows_.end() ? -1 : static_cast<int>(found - rows_.begin());
+}
+
 QString RowModel::kindAt(int index) const {
   return index >= 0 && index < count() ? rows_[static_cast<std::size_t>(index)].kind : QString();
 }
@@ -247,6 +360,8 @@ PSSpecifier::Pointer RowModel::specifierAt(int index) const {
 }
 
 void RowModel::activate(int index) {
+  // What the tap shows comes on top of this page.
+  if (kindAt(index) != "switch") emit aboutToBeTapped();
   const auto specifier = specifierAt(index);
   if (!specifier) return;
   // What the row does may take its page off the screen.
@@ -274,6 +389,64 @@ void RowModel::setEditingText(int index, const QString& text) {
 void RowModel::endEditing(int index) {
   if (!page_ || !editing_.isValid() || editing_.row() != index) return;
   page_->endEditing();
+}
+
+PSSpecifier::Pointer RowModel::specifierAfterEditing(int index) {
+  if (!page_) return nullptr;
+  const QPersistentModelIndex place(this->index(index));
+  page_->endEditing();
+  return specifierAt(place.row());
+}
+
+void RowModel::moveTo(int index, double value) {
+  const auto specifier = specifierAfterEditing(index);
+  if (!specifier) return;
+  if (const auto stepper = cellOf<KVQuellarStepperCell>(*specifier)) {
+    stepper->moveTo(value);
+    follow(false);
+  } else if (specifier->cell()) {
+    page_->userMovesSlider(*specifier, value);
+  }
+}
+
+void RowModel::step(int index, int steps) {
+  const auto specifier = specifierAfterEditing(index);
+  if (!specifier || steps == 0) return;
+  if (const auto stepper = cellOf<KVQuellarStepperCell>(*specifier)) {
+    stepper->press(steps);
+    follow(false);
+  } else if (const auto slider = cellOf<PSSliderTableCell>(*specifier)) {
+    const double value = nearestShown(*specifier, slider->value() + steps * shownStep(*specifier));
+    if (value != slider->value()) page_->userMovesSlider(*specifier, value);
+  }
+}
+
+double RowModel::shownValueNear(int index, double value) const {
+  const auto specifier = specifierAt(index);
+  const auto slider = specifier ? cellOf<PSSliderTableCell>(*specifier) : nullptr;
+  return slider ? nearestShown(*specifier, value) : value;
+}
+
+QString RowModel::valueText(int index, double value) const {
+  const auto specifier = specifierAt(index);
+  const auto slider = specifier ? cellOf<PSSliderTableCell>(*specifier) : nullptr;
+  return slider && slider->showValue() ? QString::fromStdString(shownAt(*specifier, value)) : QString();
+}
+
+void RowModel::enterValue(int index, const QString& typed) {
+  const auto specifier = specifierAfterEditing(index);
+  const auto slider = specifier ? cellOf<KVQuellarSliderCell>(*specifier) : nullptr;
+  if (!slider) return;
+  auto& navigation = page_->platform().navigation;
+  slider->presentPopup();
+  if (!typed.isEmpty()) navigation.setDialogText(typed.toStdString());
+}
+
+void RowModel::choose(int index, int choice) {
+  const auto specifier = specifierAfterEditing(index);
+  if (!specifier || choice < 0 || static_cast<std::size_t>(choice) >= specifier->values().size()) return;
+  if (chosenPlace(*specifier) == static_cast<std::size_t>(choice)) return;
+  page_->userSetsValue(*specifier, specifier->values()[static_cast<std::size_t>(choice)]);
 }
 
 void RowModel::rowsInserted(PSListController&, std::string_view, std::size_t, std::size_t, bool animated) {

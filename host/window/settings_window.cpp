@@ -24,18 +24,20 @@ void chooseRenderer() {
 void prepareApplication() {
   std::setlocale(LC_NUMERIC, "C");
   QGuiApplication::setApplicationDisplayName("Quellar");
-  QGuiApplication::setDesktopFileName("quellar-settings");
+  QGuiApplication::setDesktopFileName("com.vantorick.QuellarSettings");
   QFont font = QGuiApplication::font();
   font.setFamilies({"Inter", "Noto Sans", "Cantarell", "DejaVu Sans", font.family()});
   font.setHintingPreference(QFont::PreferNoHinting);
   QGuiApplication::setFont(font);
 }
 
-SettingsWindow::SettingsWindow(platform::NavigationController& controller, ImageFinder findImage, double scale,
-                               const Appearance& appearance)
-    : navigation_(controller), state_(appearance) {
-  engine_.addImageProvider("platform", new PlatformImageProvider(std::move(findImage), scale));
+SettingsWindow::SettingsWindow(platform::NavigationController& controller, const WindowResources& resources,
+                               double scale, const Appearance& appearance)
+    : navigation_(controller, resources.text), state_(appearance) {
+  engine_.addImageProvider("platform", new PlatformImageProvider(resources.findImage, scale));
   engine_.addImageProvider("glyph", new GlyphProvider);
+  engine_.addImageProvider("swatch", new SwatchProvider);
+  engine_.addImageProvider("backdrop", new BackdropProvider(resources.wallpaper));
   engine_.setInitialProperties({{"navigation", QVariant::fromValue<QObject*>(&navigation_)},
                                 {"status", QVariant::fromValue<QObject*>(&state_)},
                                 {"rowOrder", QVariant::fromValue<QObject*>(&order_)}});

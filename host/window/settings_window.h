@@ -5,9 +5,9 @@
 #include <QQuickWindow>
 #include <QSize>
 
-#include "host/window/image_provider.h"
 #include "host/window/navigation_model.h"
 #include "host/window/row_order.h"
+#include "host/window/window_resources.h"
 #include "host/window/window_state.h"
 #include "platform/navigation_controller.h"
 
@@ -25,7 +25,7 @@ class SettingsWindow {
  public:
   /// Takes the controller and observes it; pages are pushed later. Throws std::runtime_error where the view can't be
   /// loaded.
-  SettingsWindow(platform::NavigationController& controller, ImageFinder findImage, double scale,
+  SettingsWindow(platform::NavigationController& controller, const WindowResources& resources, double scale,
                  const Appearance& appearance);
 
   [[nodiscard]] QQuickWindow& window() { return *window_; }

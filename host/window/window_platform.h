@@ -2,23 +2,16 @@
 #pragma once
 
 #include <QSocketNotifier>
-#include <filesystem>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "frame/page_registry.h"
-#include "host/linux/applications.h"
-#include "host/linux/bundles.h"
-#include "host/linux/bus.h"
-#include "host/linux/device_root.h"
-#include "host/linux/file_preferences.h"
-#include "host/window/image_provider.h"
+#include "host/linux/services.h"
 #include "host/window/qt_main_queue.h"
+#include "host/window/window_resources.h"
 #include "platform/navigation_controller.h"
 #include "platform/platform.h"
 
@@ -60,10 +53,6 @@ class ThrowawayPreferences final : public platform::Preferences {
   std::map<std::pair<std::string, std::string>, std::optional<platform::Value>> values_;
 };
 
-/// The folders that hold the settings bundle besides the device root: where it is installed, and where it is built,
-/// both as seen from the running program.
-[[nodiscard]] std::vector<std::filesystem::path> bundleFolders();
-
 struct WindowPlatformOptions {
   std::optional<std::string> deviceRoot;
   std::optional<std::string> language;
@@ -89,22 +78,15 @@ class WindowPlatform {
   [[nodiscard]] platform::NavigationController& navigation() { return navigation_; }
   [[nodiscard]] frame::PageRegistry& pages() { return pages_; }
   [[nodiscard]] QtMainQueue& mainQueue() { return mainQueue_; }
-  [[nodiscard]] bool isRightToLeft() { return bundles_.isRightToLeft(); }
-  /// Finds image files of the device root and the bundle; this object outlives its use.
-  [[nodiscard]] ImageFinder imageFinder() const;
+  [[nodiscard]] bool isRightToLeft() { return services_.bundles.isRightToLeft(); }
+  /// Images of the device root and the bundle, texts of the bundle, the wallpaper; this object outlives their use.
+  [[nodiscard]] WindowResources resources();
   /// The values that were set, where they are kept in memory; nullptr otherwise.
   [[nodiscard]] ThrowawayPreferences* throwaway() { return throwaway_.get(); }
 
  private:
-  linux::DeviceRoot root_;
-  std::vector<std::string> languages_;
-  linux::BundleResources bundles_;
-  linux::DesktopApplications applications_;
-  linux::FilePreferences files_;
+  linux::Services services_;
   std::unique_ptr<ThrowawayPreferences> throwaway_;
-  linux::Bus bus_;
-  linux::BusDarwinCenter darwin_{bus_};
-  linux::BusDistributedCenter distributed_{bus_};
   QSocketNotifier busNotifier_;
   platform::NotificationCenter notifications_;
   QtMainQueue mainQueue_;

@@ -2,6 +2,8 @@
 #include "host/window/window_state.h"
 
 #include <QEvent>
+#include <QGuiApplication>
+#include <QStyleHints>
 
 namespace quellar::host::window {
 
@@ -23,7 +25,13 @@ bool WindowState::eventFilter(QObject* watched, QEvent* event) {
       setKeyboardInUse(true);
       break;
     case QEvent::MouseButtonPress:
+      QGuiApplication::styleHints()->setMouseDoubleClickInterval(-1);
+      setKeyboardInUse(false);
+      break;
     case QEvent::TouchBegin:
+      // Two taps in a row are two taps: of one that the toolkit takes for the second half of a double click, the
+      // release never arrives.
+      QGuiApplication::styleHints()->setMouseDoubleClickInterval(0);
       setKeyboardInUse(false);
       break;
     default:

@@ -15,6 +15,18 @@ constexpr const char* kDefaultsKey = "NotificationCenter_Defaults";
 constexpr const char* kStyleKey = "ncPrefferedBackdropStyle";
 constexpr std::string_view kPresentBlurPicker = "presentBlurPickerForBackground";
 
+/// The styles of the picker, under the numbers that label its previews.
+Choices backdropStyles() {
+  cells::KVQuellarBackdropPickerCollectionView const picker(nullptr);
+  Choices styles;
+  for (std::size_t item = 0; item < picker.numberOfItems(); ++item) {
+    const auto cell = picker.cellForItem(item);
+    styles.values.emplace_back(cell.style());
+    styles.titles.push_back(cell.styleLabel());
+  }
+  return styles;
+}
+
 }  // namespace
 
 const Page& KVQuellarNotificationCenterListController::page() {
@@ -24,6 +36,8 @@ const Page& KVQuellarNotificationCenterListController::page() {
       .posts = {darwin(kSettings)},
       // Written by the picker; the page's next write must not put the older style back.
       .takesOver = {kStyleKey},
+      .foreignKeys =
+          {{.label = "Blur Style", .key = kStyleKey, .choices = backdropStyles(), .posts = {notifyPost(kSettings)}}},
       .saveButton = true,
       .rows = {
           Group{.title = "Behavior",

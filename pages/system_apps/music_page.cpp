@@ -35,6 +35,7 @@ const Page& KVQuellarMusicListController::page() {
       .className = "KVQuellarMusicListController",
       .defaultsKey = "Music_Defaults",
       .posts = {darwin(kSettings)},
+      .foreignKeys = {{.label = "Twitter Accounts", .key = kUsername, .posts = {darwin(kSettings)}}},
       .rows = {
           RowFile{.name = "QuellarMusic"},
           Group{.title = asWritten("Banners")},

@@ -28,7 +28,7 @@ std::vector<std::string> daemonCommand(const TemporaryFolder& folder) {
 
 }  // namespace
 
-Process::Process(const std::vector<std::string>& command) {
+Process::Process(const std::vector<std::string>& command, const std::string& errors) {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe2");
   output_ = host::linux::FileDescriptor(ends[0]);
@@ -43,7 +43,7 @@ Process::Process(const std::vector<std::string>& command) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     ::dup2(ends[1], STDOUT_FILENO);
     // A service that outlives it must not keep the test's own output open.
-    ::dup2(::open("/dev/null", O_WRONLY), STDERR_FILENO);
+    ::dup2(::open(errors.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600), STDERR_FILENO);
     ::execvp(arguments[0], arguments.data());
     ::_exit(127);
   }

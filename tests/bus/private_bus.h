@@ -15,7 +15,8 @@ namespace quellar::tests {
 /// A program that runs beside the test, and is killed at the end of it at the latest.
 class Process {
  public:
-  explicit Process(const std::vector<std::string>& command);
+  /// Takes a program with its arguments, and the file that its standard error goes to.
+  explicit Process(const std::vector<std::string>& command, const std::string& errors = "/dev/null");
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
   ~Process();

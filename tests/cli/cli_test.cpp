@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <map>
+
 #include "host/headless/json.h"
 #include "program.h"
 
@@ -209,6 +211,23 @@ TEST(Get, PrintsTheValueThatTheRowShowsAsJson) {
   EXPECT_EQ(device.run({"get", "Custom Carrier Strings", "userCustomCarrierText"}), succeeded("null\n"));
 }
 
+TEST(Get, PrintsWhatIsStoredUnderAKeyThatNoRowHas) {
+  const Device device;
+  EXPECT_EQ(device.run({"get", "Music Changes", "userTweetableUsername"}), succeeded("null\n"));
+  device.writeStore(
+      "<key>Music_Defaults</key><dict><key>userTweetableUsername</key><string>zoe</string></dict>"
+      "<key>NotificationCenter_Defaults</key><dict><key>ncPrefferedBackdropStyle</key><integer>2060</integer></dict>");
+  EXPECT_EQ(device.run({"get", "Music Changes", "userTweetableUsername"}), succeeded("\"zoe\"\n"));
+  EXPECT_EQ(device.run({"get", "Notification Center", "ncPrefferedBackdropStyle"}), succeeded("2060\n"));
+  EXPECT_EQ(device.run({"set", "Music Changes", "userTweetableUsername", "adam"}),
+            refused("no row has the key userTweetableUsername; what it holds is picked in the window or in a session"));
+  device.writeStore(
+      "<key>Music_Defaults</key><dict><key>userTweetableUsername</key><true/></dict>"
+      "<key>NotificationCenter_Defaults</key><dict><key>ncPrefferedBackdropStyle</key><integer>1</integer></dict>");
+  EXPECT_EQ(device.run({"get", "Music Changes", "userTweetableUsername"}), succeeded("null\n"));
+  EXPECT_EQ(device.run({"get", "Notification Center", "ncPrefferedBackdropStyle"}), succeeded("null\n"));
+}
+
 // ---- set
 
 TEST(Set, StoresWhatTheSwitchInTheWindowStores) {
@@ -384,6 +403,47 @@ TEST(Schema, TellsEveryKeyWithItsTypeDefaultAndPosts) {
   EXPECT_EQ(elementWith(schema.output, "key", "userCustomNoServiceText")["posts"].dump(),
             R"(["com.vantorick.quellar2.settings.uikit","com.vantorick.quellar2.statusbarcarrier"])");
   EXPECT_FALSE(std::filesystem::exists(device.root()));
+}
+
+TEST(Schema, TellsKeysThatNoRowHas) {
+  const Device device;
+  const Ended schema = device.run({"schema", "--json"});
+  EXPECT_EQ(dump(elementWith(schema.output, "key", "userTweetableUsername")),
+            R"({"page":"KVQuellarMusicListController","defaultsKey":"Music_Defaults","key":"userTweetableUsername",)"
+            R"("type":"string","default":null,"minimum":null,"maximum":null,"values":null,"titles":null,)"
+            R"("label":"Twitter Accounts","posts":["com.vantorick.quellar2.settings"]})");
+  Json style = elementWith(schema.output, "key", "ncPrefferedBackdropStyle");
+  EXPECT_EQ(style["values"].size(), 31U);
+  EXPECT_EQ(style["values"][0], 2060);
+  EXPECT_EQ(style["titles"].size(), 31U);
+  EXPECT_EQ(style["titles"][30], "4003");
+  style.erase("values");
+  style.erase("titles");
+  EXPECT_EQ(dump(style),
+            R"({"page":"KVQuellarNotificationCenterListController","defaultsKey":"NotificationCenter_Defaults",)"
+            R"("key":"ncPrefferedBackdropStyle","type":"integer","default":null,"minimum":null,"maximum":null,)"
+            R"("label":"Blur Style","posts":["com.vantorick.quellar2.settings"]})");
+}
+
+TEST(Schema, TellsOnlyKeysThatCanBeRead) {
+  const Device device;
+  std::map<std::string, std::vector<std::string>> keysOfPages;
+  for (const Json& key : Json::parse(device.run({"schema", "--json"}).output)) {
+    keysOfPages[key["page"]].push_back(key["key"]);
+  }
+  for (const auto& [page, keys] : keysOfPages) {
+    // Each costs a process, and those that no row has come last.
+    EXPECT_EQ(device.run({"get", page, keys.back()}).code, 0) << page << " " << keys.back();
+  }
+}
+
+TEST(Schema, PrintsTheReferenceThatStandsInTheDocs) {
+  Device device;
+  // No applications, which would add their own keys.
+  device.environment["XDG_DATA_HOME"] = device.environment["XDG_DATA_DIRS"] = "/nonexistent";
+  EXPECT_EQ(device.run({"schema", "--markdown"}).output, contents(QUELLAR_DOCS "/keys.md"))
+      << "renew it by: XDG_DATA_HOME=/nonexistent XDG_DATA_DIRS=/nonexistent quellar schema --markdown "
+         "--device-root /nonexistent > docs/keys.md";
 }
 
 TEST(Schema, PrintsTablesForPeople) {

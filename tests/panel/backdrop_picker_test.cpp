@@ -4,8 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "expectations.h"
 #include "platform/navigation_controller.h"
+#include "support/expectations.h"
 #include "support/memory_services.h"
 
 namespace quellar::tests {

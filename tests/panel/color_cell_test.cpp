@@ -6,12 +6,12 @@
 #include <numbers>
 
 #include "cells/color_preview_cell.h"
-#include "expectations.h"
 #include "frame/list_controller.h"
 #include "frame/names.h"
 #include "frame/row_value.h"
 #include "platform/color.h"
 #include "platform/navigation_controller.h"
+#include "support/expectations.h"
 #include "support/memory_services.h"
 
 namespace quellar::tests {

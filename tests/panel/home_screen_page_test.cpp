@@ -4,9 +4,9 @@
 
 #include "cells/slider_cell.h"
 #include "cells/stepper_cell.h"
-#include "expectations.h"
 #include "frame/list_controller.h"
 #include "platform/navigation_controller.h"
+#include "support/expectations.h"
 #include "support/memory_services.h"
 
 namespace quellar::tests {

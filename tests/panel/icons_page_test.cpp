@@ -4,10 +4,10 @@
 
 #include "cells/color_preview_cell.h"
 #include "cells/slider_cell.h"
-#include "expectations.h"
 #include "frame/list_controller.h"
 #include "frame/row_value.h"
 #include "platform/navigation_controller.h"
+#include "support/expectations.h"
 #include "support/memory_services.h"
 
 namespace quellar::tests {

@@ -4,10 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "expectations.h"
 #include "frame/list_controller.h"
 #include "frame/names.h"
 #include "platform/navigation_controller.h"
+#include "support/expectations.h"
 #include "support/memory_services.h"
 
 namespace quellar::tests {

@@ -5,9 +5,9 @@
 #include <algorithm>
 
 #include "cells/backdrop_picker.h"
-#include "expectations.h"
 #include "frame/list_controller.h"
 #include "platform/navigation_controller.h"
+#include "support/expectations.h"
 #include "support/memory_services.h"
 
 namespace quellar::tests {

@@ -7,10 +7,10 @@
 #include <cmath>
 #include <limits>
 
-#include "expectations.h"
 #include "frame/list_controller.h"
 #include "frame/names.h"
 #include "platform/navigation_controller.h"
+#include "support/expectations.h"
 #include "support/memory_services.h"
 
 namespace quellar::tests {

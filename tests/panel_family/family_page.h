@@ -19,8 +19,8 @@
 #include "cells/stepper_cell.h"
 #include "frame/list_controller.h"
 #include "frame/row_value.h"
-#include "panel/expectations.h"
 #include "platform/navigation_controller.h"
+#include "support/expectations.h"
 #include "support/memory_services.h"
 
 namespace quellar::tests {

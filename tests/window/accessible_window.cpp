@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
 #include <thread>
 
 namespace quellar::tests {
@@ -76,7 +77,8 @@ std::string Accessible::description() const {
 }
 
 std::string Accessible::role() const {
-  return taken(atspi_accessible_get_role_name(object_.get(), nullptr));
+  std::string name = taken(atspi_accessible_get_role_name(object_.get(), nullptr));
+  return name == "text" && has(ATSPI_STATE_EDITABLE) ? "entry" : name;
 }
 
 bool Accessible::has(AtspiStateType state) const {
@@ -140,7 +142,16 @@ AccessibleWindow::AccessibleWindow(std::vector<std::string> arguments,
   std::vector<std::string> command{QUELLAR_BIN "/" + std::string(kProgram), "--device-root", root_.path().string(),
                                    "--reduced-motion"};
   command.insert(command.end(), arguments.begin(), arguments.end());
-  program_ = std::make_unique<Process>(command);
+  program_ = std::make_unique<Process>(command, errors());
+}
+
+AccessibleWindow::~AccessibleWindow() {
+  program_->kill();
+  std::ifstream stream(errors());
+  for (std::string line; std::getline(stream, line);) {
+    // What the program itself tells its user begins with its name.
+    if (!line.starts_with(kProgram + std::string(": "))) ADD_FAILURE() << line;
+  }
 }
 
 std::optional<Accessible> AccessibleWindow::application() const {
@@ -159,7 +170,6 @@ std::optional<Accessible> AccessibleWindow::application() const {
 std::vector<Accessible> AccessibleWindow::objects() const {
   std::vector<Accessible> all;
   if (const auto found = application()) collect(*found, all);
-  std::erase_if(all, [](const Accessible& object) { return !object.has(ATSPI_STATE_SHOWING); });
   return all;
 }
 

@@ -45,7 +45,8 @@ class Accessible {
 
   [[nodiscard]] std::string name() const;
   [[nodiscard]] std::string description() const;
-  /// "check box", "push button", ...
+  /// "check box", "push button", ... A text that can be edited is an "entry": the toolkit has one role for both, and
+  /// screen readers tell them by that state.
   [[nodiscard]] std::string role() const;
   [[nodiscard]] bool has(AtspiStateType state) const;
   [[nodiscard]] std::vector<Accessible> children() const;
@@ -69,8 +70,13 @@ class AccessibleWindow {
   explicit AccessibleWindow(std::vector<std::string> arguments = {},
                             const std::function<void(const TemporaryFolder&)>& prepare = {});
 
+  AccessibleWindow(const AccessibleWindow&) = delete;
+  AccessibleWindow& operator=(const AccessibleWindow&) = delete;
+  /// Ends the program. Fails the test where the toolkit has complained meanwhile.
+  ~AccessibleWindow();
+
   [[nodiscard]] const TemporaryFolder& root() const { return root_; }
-  /// All objects of the window that are shown, in reading order.
+  /// All objects of the program's tree, in reading order; some may be off the window and have to be scrolled to.
   [[nodiscard]] std::vector<Accessible> objects() const;
   /// The first object of a role and name that comes within the time limit; fails the test where none does.
   [[nodiscard]] Accessible find(std::string_view role, std::string_view name) const;
@@ -80,13 +86,16 @@ class AccessibleWindow {
 
   /// The notifications that have arrived at this process so far.
   const std::vector<host::linux::BusNotification>& notifications();
-  /// Waits until the program has ended by itself after its window was asked to close.
+  /// Types on the keyboard.
   void type(const std::string& text) const;
 
  private:
   [[nodiscard]] std::optional<Accessible> application() const;
+  /// The file of the program's standard error.
+  [[nodiscard]] std::string errors() const { return (output_.path() / "errors").string(); }
 
   TemporaryFolder root_;
+  TemporaryFolder output_;
   host::linux::Bus bus_;
   std::vector<host::linux::BusNotification> notifications_;
   std::unique_ptr<Process> program_;

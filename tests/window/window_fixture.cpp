@@ -50,8 +50,9 @@ WindowPlatform& WindowTest::panel() {
 
 void WindowTest::show(const Setup& setup) {
   window_ = std::make_unique<SettingsWindow>(
-      panel().navigation(), panel().imageFinder(), 1,
-      host::window::Appearance{.textScale = 1, .reducedMotion = setup.reducedMotion, .rightToLeft = false});
+      panel().navigation(), panel().resources(), 1,
+      host::window::Appearance{
+          .textScale = setup.textScale, .reducedMotion = setup.reducedMotion, .rightToLeft = setup.rightToLeft});
   window_->show(setup.size);
   view().requestActivate();
   ASSERT_TRUE(eventually([this] { return view().isActive() && view().isExposed(); }));
@@ -88,7 +89,7 @@ void WindowTest::settle() {
   window_->navigation().settle();
   const auto atRest = [this] {
     const QQuickItem* top = list() ? list()->parentItem() : nullptr;
-    return panel().mainQueue().idle() && top && top->x() == 0 &&
+    return panel().mainQueue().idle() && top && top->property("shift").toReal() == 0 &&
            window_->navigation().rowCount() == window_->navigation().depth();
   };
   ASSERT_TRUE(eventually(atRest));
@@ -190,9 +191,14 @@ std::string WindowTest::focusedRow() {
   return "";
 }
 
-platform::Dictionary WindowTest::stored() {
+void WindowTest::store(const std::string& defaultsKey, const platform::Dictionary& values) {
+  host::linux::FilePreferences((host::linux::DeviceRoot(root_.path())))
+      .setAppValue(defaultsKey, platform::Value(values), "com.vantorick.quellar2");
+}
+
+platform::Dictionary WindowTest::stored(const std::string& defaultsKey) {
   host::linux::FilePreferences store((host::linux::DeviceRoot(root_.path())));
-  const auto value = store.copyAppValue("StatusBar_Defaults", "com.vantorick.quellar2");
+  const auto value = store.copyAppValue(defaultsKey, "com.vantorick.quellar2");
   const auto* dictionary = value ? value->as<platform::Dictionary>() : nullptr;
   return dictionary ? *dictionary : platform::Dictionary();
 }

@@ -29,6 +29,8 @@ class WindowTest : public testing::Test {
     host::window::Idiom idiom = host::window::Idiom::phone;
     QSize size{390, 844};
     bool reducedMotion = true;
+    bool rightToLeft = false;
+    double textScale = 1;
   };
   /// Opens the window at a page ("Status Bar").
   void open(const std::string& page, const Setup& setup);
@@ -67,17 +69,20 @@ class WindowTest : public testing::Test {
   /// The label of the row that has the focus; "" where none has it.
   [[nodiscard]] std::string focusedRow();
 
-  /// What the store holds for the pages of the status bar.
-  [[nodiscard]] platform::Dictionary stored();
+  /// What the store holds under a page's defaults key, and a way to put it there.
+  [[nodiscard]] platform::Dictionary stored(const std::string& defaultsKey = "StatusBar_Defaults");
+  void store(const std::string& defaultsKey, const platform::Dictionary& values);
   /// Everything that has come over the bus since the last call, once the panel has nothing more to post: names, as they
   /// arrived.
   [[nodiscard]] std::vector<std::string> takePosts();
+
+  /// The first item that is shown, at or below `among`, for which it holds; nullptr where there is none.
+  [[nodiscard]] QQuickItem* findItem(const std::function<bool(QQuickItem&)>& matches, QQuickItem* among = nullptr);
 
   TemporaryFolder root_;
 
  private:
   void show(const Setup& setup);
-  [[nodiscard]] QQuickItem* findItem(const std::function<bool(QQuickItem&)>& matches, QQuickItem* among = nullptr);
 
   PrivateBus bus_;
   std::unique_ptr<host::linux::Bus> listener_;

@@ -8,12 +8,14 @@ Item {
     required property QtObject page
     property bool keyboardInUse: false
     property bool lifted: false
+    // Whether the page that leads here is out of sight, so that there is a way back to it.
+    property bool leads: true
     property alias backItem: back
     property alias leftItem: left
     property alias rightItem: right
 
     signal backTapped
-    signal barTapped(string side)
+    signal barTapped(string side, Item button)
 
     readonly property real side: Theme.sideInset(width) - 8
     // The title comes before the name of the page that the way back leads to.
@@ -50,7 +52,7 @@ Item {
         BarButton {
             id: back
 
-            visible: bar.page.backButton.title !== undefined
+            visible: bar.leads && bar.page.backButton.title !== undefined
             anchors.verticalCenter: parent.verticalCenter
             anchors.left: parent.left
             title: bar.page.backButton.title ?? ""
@@ -70,7 +72,7 @@ Item {
             done: bar.page.leftButton.done ?? false
             longest: bar.width * 0.34
             keyboardInUse: bar.keyboardInUse
-            onTapped: bar.barTapped("left")
+            onTapped: bar.barTapped("left", left)
         }
     }
 
@@ -144,6 +146,6 @@ Item {
         done: bar.page.rightButton.done ?? false
         longest: bar.width * 0.42
         keyboardInUse: bar.keyboardInUse
-        onTapped: bar.barTapped("right")
+        onTapped: bar.barTapped("right", right)
     }
 }

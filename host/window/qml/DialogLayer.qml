@@ -20,21 +20,29 @@ FocusScope {
     signal closed
 
     function moveFocus(step) {
-        const count = buttons.count;
-        for (let each = 0; each < count; ++each) {
-            if (buttons.itemAt(each).activeFocus) {
-                buttons.itemAt((each + step + count) % count).forceActiveFocus(Qt.TabFocusReason);
-                return;
-            }
-        }
-        buttons.itemAt(step > 0 ? 0 : count - 1).forceActiveFocus(Qt.TabFocusReason);
+        const stops = entry.visible ? entry.stops() : [];
+        for (let each = 0; each < buttons.count; ++each)
+            stops.push(buttons.itemAt(each));
+        if (stops.length === 0)
+            return;
+        const at = stops.findIndex(stop => stop.activeFocus);
+        const next = at < 0 ? (step > 0 ? 0 : stops.length - 1) : (at + step + stops.length) % stops.length;
+        stops[next].forceActiveFocus(Qt.TabFocusReason);
+    }
+    function start() {
+        if (dialog.hasField)
+            entry.start();
+        else if (buttons.count > 0)
+            buttons.itemAt(buttons.count - 1).forceActiveFocus();
+        else
+            panel.forceActiveFocus();
     }
 
     visible: presence > 0
     enabled: shown
     onShownChanged: {
         if (shown)
-            panel.forceActiveFocus();
+            colorPanel.item ? colorPanel.item.begin() : start();
         else
             overlay.closed();
     }
@@ -82,8 +90,27 @@ FocusScope {
         antialiasing: true
     }
 
+    // The colour chooser rises from the bottom of a phone, within reach of a thumb, and stands in the middle elsewhere.
+    Loader {
+        id: colorPanel
+
+        readonly property bool low: overlay.width < 600
+
+        active: overlay.dialog.kind === "color"
+        x: (overlay.width - width) / 2
+        y: low ? overlay.height - (height + 10) * overlay.presence : (overlay.height - height) / 2
+        opacity: low ? 1 : overlay.presence
+        sourceComponent: ColorDialog {
+            dialog: overlay.dialog
+            keyboardInUse: overlay.keyboardInUse
+            room: Qt.size(overlay.width, overlay.height)
+        }
+    }
+
     FocusScope {
         id: panel
+
+        visible: !colorPanel.active
 
         readonly property real breadth: Math.min(overlay.width - 20, overlay.popover ? 320 : 420)
 
@@ -95,7 +122,7 @@ FocusScope {
                 return overlay.anchorPoint.y + 8;
             if (overlay.sheet)
                 return overlay.height - (height + 12) * overlay.presence;
-            return (overlay.height - height) / 2;
+            return Math.max(8, (overlay.height - Qt.inputMethod.keyboardRectangle.height - height) / 2);
         }
         opacity: overlay.sheet ? 1 : overlay.presence
 
@@ -149,6 +176,14 @@ FocusScope {
                         wrapMode: Text.Wrap
                         horizontalAlignment: Text.AlignHCenter
                         Accessible.ignored: true
+                    }
+                    DialogEntry {
+                        id: entry
+
+                        width: parent.width
+                        visible: overlay.dialog.hasField
+                        dialog: overlay.dialog
+                        keyboardInUse: overlay.keyboardInUse
                     }
                 }
             }

@@ -4,6 +4,9 @@ import QtQuick
 ListRow {
     id: row
 
+    required property string opens
+
+    selected: list && opens !== "" && opens === list.detailClass
     trailingWidth: chevron.width
     trailing: Glyph {
         id: chevron
@@ -19,5 +22,7 @@ ListRow {
     Accessible.role: Accessible.Button
     Accessible.name: label
     Accessible.focusable: rowEnabled
+    Accessible.selectable: list && list.detailClass !== ""
+    Accessible.selected: selected
     Accessible.onPressAction: tapped()
 }

@@ -18,10 +18,17 @@ FocusScope {
     readonly property ListView list: ListView.view
     property color labelColor: row.titleColor
     property bool pressable: true
+    // The row stands for the page that is shown beside it.
+    property bool selected: false
     property bool focusVisible: row.activeFocus && row.list && row.list.keyboardInUse
     property alias trailing: trailingSlot.data
     property real trailingWidth: 0
     property real trailingHeight: 0
+    // What stands under the label, over the whole width.
+    property alias below: belowSlot.data
+    property real belowHeight: 0
+    property real leastLine: Theme.rowHeight
+    readonly property real lineHeight: Math.max(leastLine, labelText.implicitHeight + 2 * 13, trailingHeight + 2 * 8)
     readonly property real labelStart: iconColumn ? Theme.inset + Theme.iconSize + Theme.iconGap : Theme.inset
     // What label and control share.
     readonly property real room: card.width - labelStart - Theme.inset
@@ -34,7 +41,7 @@ FocusScope {
     }
 
     width: ListView.view ? ListView.view.width : 0
-    implicitHeight: Math.max(Theme.rowHeight, labelText.implicitHeight + 2 * 13, trailingHeight + 2 * 8)
+    implicitHeight: lineHeight + belowHeight
     height: implicitHeight
 
     // A page that lies beneath another one is not there for a screen reader.
@@ -42,6 +49,9 @@ FocusScope {
 
     onActiveFocusChanged: if (activeFocus && list)
         list.follow(index)
+
+    // By whatever means it is tapped, and before the row kind acts on it: what opens may lead back to this row.
+    onTapped: use()
 
     Keys.onPressed: event => {
         if (event.key !== Qt.Key_Space && event.key !== Qt.Key_Return && event.key !== Qt.Key_Enter)
@@ -60,7 +70,7 @@ FocusScope {
         height: row.height
         first: row.first
         last: row.last
-        color: area.pressed && row.pressable ? Theme.pressed : Theme.card
+        color: area.pressed && row.pressable ? Theme.pressed : row.selected ? Theme.selected : Theme.card
 
         Behavior on color {
             // A touch that begins a scroll should not light the row up.
@@ -79,15 +89,12 @@ FocusScope {
 
             anchors.fill: parent
             enabled: row.rowEnabled
-            onClicked: {
-                row.use();
-                row.tapped();
-            }
+            onClicked: row.tapped()
         }
 
         Image {
             visible: row.icon !== ""
-            anchors.verticalCenter: parent.verticalCenter
+            y: (row.lineHeight - height) / 2
             anchors.left: parent.left
             anchors.leftMargin: Theme.inset
             width: Theme.iconSize
@@ -102,7 +109,7 @@ FocusScope {
         Text {
             id: labelText
 
-            anchors.verticalCenter: parent.verticalCenter
+            y: (row.lineHeight - height) / 2
             anchors.left: parent.left
             anchors.leftMargin: row.labelStart
             anchors.right: trailingSlot.left
@@ -119,11 +126,22 @@ FocusScope {
         Item {
             id: trailingSlot
 
-            anchors.verticalCenter: parent.verticalCenter
             anchors.right: parent.right
             anchors.rightMargin: Theme.inset
             width: row.trailingWidth
-            height: parent.height
+            height: row.lineHeight
+            opacity: row.rowEnabled ? 1 : 0.4
+        }
+
+        Item {
+            id: belowSlot
+
+            y: row.lineHeight
+            anchors.left: parent.left
+            anchors.leftMargin: row.labelStart
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.inset
+            height: row.belowHeight
             opacity: row.rowEnabled ? 1 : 0.4
         }
 

@@ -57,7 +57,7 @@ Window {
         anchors.fill: parent
         dialog: window.navigation.dialog
         keyboardInUse: window.status.keyboardInUse
-        anchorItem: stack.rightBarItem
+        anchorItem: stack.anchorItem
         onClosed: stack.forceActiveFocus()
     }
 }

@@ -2,7 +2,8 @@
 import QtQuick
 
 // The stack of pages. A page that is pushed slides over the one beneath, which moves aside at a slower pace; one that
-// is popped slides off again. A swipe from the edge moves the top page with the finger.
+// is popped slides off again. A swipe from the edge moves the top page with the finger. In a wide window the first page
+// keeps a column of its own, and the others are stacked beside it.
 FocusScope {
     id: stack
 
@@ -12,7 +13,12 @@ FocusScope {
 
     readonly property int depth: navigation.depth
     readonly property Item topView: pages.count >= depth && depth > 0 ? pages.itemAt(depth - 1) : null
-    readonly property Item rightBarItem: topView ? topView.bar.rightItem : null
+    readonly property Item firstView: pages.count > 0 ? pages.itemAt(0) : null
+    readonly property bool columns: width >= Theme.columnsFrom
+    readonly property real firstWidth: columns ? Math.round(Math.max(300, Math.min(400, width * 0.36))) : width
+    // The bar button that was pressed last, which a popover points at.
+    property Item pressedItem: null
+    readonly property Item anchorItem: pressedItem && pressedItem.visible ? pressedItem : topView ? topView.bar.rightItem : null
     readonly property int direction: LayoutMirroring.enabled ? -1 : 1
 
     function revealRow(index) {
@@ -32,12 +38,24 @@ FocusScope {
 
             required property int index
 
+            // It stands beside the others, or is one of those others.
+            readonly property bool beside: stack.columns && index === 0
+            readonly property bool detail: stack.columns && index > 0
+            readonly property real leftEdge: detail ? stack.firstWidth : 0
             // How far the page is off the screen: 0 on it, 1 beside it.
             property real shift: 0
             // How far the page above covers this one.
             readonly property Item above: index + 1 < pages.count ? pages.itemAt(index + 1) : null
-            readonly property real covered: above ? 1 - above.shift : 0
+            readonly property real covered: above && !beside ? 1 - above.shift : 0
+            readonly property real aside: shift * width - 0.28 * covered * width
 
+            function selectedIndex() {
+                return list.rows.indexOpening(detailClass);
+            }
+            function showSelected() {
+                if (beside && selectedIndex() >= 0)
+                    list.positionViewAtIndex(selectedIndex(), ListView.Contain);
+            }
             function slideTo(target) {
                 slide.to = target;
                 slide.restart();
@@ -45,17 +63,32 @@ FocusScope {
 
             status: stack.status
             rowOrder: stack.rowOrder
-            width: stack.width
+            width: beside ? stack.firstWidth : stack.width - leftEdge
             height: stack.height
-            x: stack.direction * (shift * width - 0.28 * covered * width)
-            z: index
+            x: stack.direction > 0 ? leftEdge + aside : stack.width - leftEdge - width - aside
+            // What slides in a column comes from under the other one.
+            z: beside ? pages.count + 1 : index
             visible: covered < 1
             enabled: !page.leaving
 
-            onBackTapped: stack.navigation.back()
-            onBarTapped: side => stack.navigation.pressBar(side)
+            leads: index > (stack.columns ? 1 : 0)
+            detailClass: beside ? stack.navigation.detailClass : ""
+            neighbour: !stack.columns || stack.topView === stack.firstView ? null : beside ? stack.topView : stack.firstView
 
-            Component.onCompleted: if (page.arriving && Theme.slide > 0 && stack.Window.visibility !== Window.Hidden) {
+            onDetailClassChanged: selection.restart()
+            onBesideChanged: selection.restart()
+            onBackTapped: {
+                if (detail && index === 1)
+                    stack.firstView.list.focusRow(stack.firstView.selectedIndex());
+                else if (!beside)
+                    stack.navigation.back();
+            }
+            onBarTapped: (side, button) => {
+                stack.pressedItem = button;
+                stack.navigation.pressBar(side, page);
+            }
+
+            Component.onCompleted: if (page.arriving && Theme.slide > 0 && !(detail && index === 1) && stack.Window.visibility !== Window.Hidden) {
                 shift = 1;
                 slideTo(0);
             }
@@ -75,6 +108,19 @@ FocusScope {
                 }
             }
             Connections {
+                target: view.list
+                function onCountChanged() {
+                    selection.restart();
+                }
+            }
+            // Once the rows have their places. A timer goes with its page, which a call put off does not.
+            Timer {
+                id: selection
+
+                interval: 0
+                onTriggered: view.showSelected()
+            }
+            Connections {
                 target: view.page
                 function onLeavingChanged() {
                     view.slideTo(1);
@@ -87,7 +133,14 @@ FocusScope {
                 opacity: 0.06 * view.covered
                 visible: opacity > 0
             }
-            // The edge of the page that slides.
+            // The edge of the page that slides, and of the column that stays.
+            Rectangle {
+                visible: view.beside
+                anchors.right: parent.right
+                width: 1
+                height: parent.height
+                color: Theme.hairline
+            }
             Rectangle {
                 visible: view.shift > 0
                 anchors.right: parent.left
@@ -102,7 +155,7 @@ FocusScope {
                 anchors.left: parent.left
                 width: 20
                 height: parent.height
-                enabled: view.index > 0
+                enabled: view.leads
 
                 DragHandler {
                     id: swipe
@@ -132,5 +185,21 @@ FocusScope {
                 }
             }
         }
+    }
+
+    // Until a page is chosen, the column beside the list shows the picture of the first page's title.
+    Image {
+        readonly property QtObject page: stack.firstView ? stack.firstView.page : null
+
+        visible: stack.columns && stack.depth < 2 && page !== null && page.titleImage !== ""
+        x: (stack.direction > 0 ? stack.firstWidth : 0) + (stack.width - stack.firstWidth - width) / 2
+        y: (stack.height - height) / 2
+        z: -1
+        height: 56
+        sourceSize.height: Math.round(height * Screen.devicePixelRatio)
+        fillMode: Image.PreserveAspectFit
+        opacity: 0.22
+        source: visible ? page.titleImage + (page.titleImageIsTemplate ? "/" + Theme.hex(Theme.title) : "") : ""
+        Accessible.ignored: true
     }
 }

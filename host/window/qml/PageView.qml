@@ -2,7 +2,7 @@
 import QtQuick
 import Qt.labs.qmlmodels
 
-// One page: its bar and its rows.
+// One page: its bar and its rows, or the previews that it has in their place.
 FocusScope {
     id: view
 
@@ -10,36 +10,59 @@ FocusScope {
     required property QtObject status
     required property QtObject rowOrder
 
+    // The page that stands beside this one, and the class of the one that the rows here may stand for.
+    property Item neighbour: null
+    property string detailClass: ""
+    property alias leads: bar.leads
     property alias list: list
     property alias bar: bar
+    // The grid of previews on a page that has one, else null.
+    readonly property Item grid: previews.item
+    readonly property Flickable scroller: grid ? grid.flickable : list
 
     signal backTapped
-    signal barTapped(string side)
+    signal barTapped(string side, Item button)
 
     // Before the page goes: rows that are still being made must not outlive it.
     function close() {
         list.model = null;
     }
 
-    // Focus goes round: the bar's buttons, then the rows, in the order in which they are seen.
+    // Focus goes round: the bar's buttons, then the rows, in the order in which they are seen, then the page beside
+    // this one.
     function moveFocus(step) {
-        const buttons = [bar.backItem, bar.leftItem, bar.rightItem].filter(item => item.visible);
+        const buttons = barButtons();
         const onBar = buttons.findIndex(item => item.activeFocus);
-        const first = list.rows.nextFocusable(-1, 1);
-        const last = list.rows.nextFocusable(list.count, -1);
-        if (onBar < 0) {
-            const next = list.rows.nextFocusable(list.currentIndex, step);
-            if (next >= 0)
-                list.focusRow(next);
-            else if (buttons.length > 0)
-                buttons[step > 0 ? 0 : buttons.length - 1].forceActiveFocus(Qt.TabFocusReason);
-            else
-                list.focusRow(step > 0 ? first : last);
-        } else if (onBar + step >= 0 && onBar + step < buttons.length) {
-            buttons[onBar + step].forceActiveFocus(Qt.TabFocusReason);
-        } else if (first >= 0) {
-            list.focusRow(step > 0 ? first : last);
-        }
+        const row = onBar < 0 && !grid ? list.rows.nextFocusable(list.currentIndex, step) : -1;
+        const button = onBar >= 0 ? onBar + step : step < 0 ? buttons.length - 1 : -1;
+        if (row >= 0)
+            list.focusRow(row);
+        else if (button >= 0 && button < buttons.length)
+            buttons[button].forceActiveFocus(Qt.TabFocusReason);
+        else if (onBar >= 0 && step > 0)
+            enterBody(step);
+        else
+            (neighbour ?? view).enter(step);
+    }
+    // The focus comes to this page, at its beginning or its end.
+    function enter(step) {
+        const buttons = barButtons();
+        if (step > 0 && buttons.length > 0)
+            buttons[0].forceActiveFocus(Qt.TabFocusReason);
+        else
+            enterBody(step);
+    }
+    function enterBody(step) {
+        const row = list.rows.nextFocusable(step > 0 ? -1 : list.count, step);
+        if (grid)
+            grid.forceActiveFocus(Qt.TabFocusReason);
+        else if (row >= 0)
+            list.focusRow(row);
+        else
+            barButtons()[0]?.forceActiveFocus(Qt.TabFocusReason);
+    }
+    function barButtons() {
+        return [bar.backItem, bar.leftItem, bar.rightItem].filter(item => item.visible);
     }
 
     Keys.onPressed: event => {
@@ -82,9 +105,9 @@ FocusScope {
         width: parent.width
         page: view.page
         keyboardInUse: view.status.keyboardInUse
-        lifted: list.contentY > list.originY + 4
+        lifted: view.scroller.contentY > view.scroller.originY + 4
         onBackTapped: view.backTapped()
-        onBarTapped: side => view.barTapped(side)
+        onBarTapped: (side, button) => view.barTapped(side, button)
     }
 
     Banner {
@@ -102,6 +125,7 @@ FocusScope {
 
         readonly property QtObject rows: view.page.rows
         readonly property bool keyboardInUse: view.status.keyboardInUse
+        readonly property string detailClass: view.detailClass
         readonly property bool editing: view.Window.activeFocusItem instanceof TextInput
 
         // On a page that has just come up the focus starts at its first row; a text is not opened for that.
@@ -153,6 +177,10 @@ FocusScope {
             const lowest = originY + Math.max(0, contentHeight - height);
             contentY = Math.max(originY, Math.min(lowest, contentY + distance));
         }
+        // A function of this list alone: of calls that wait for one and the same function only the last is made.
+        function restoreOrder() {
+            view.rowOrder.restore(contentItem);
+        }
         // No row has the focus; the next one that the keys reach is the neighbour of the last.
         function rest() {
             view.forceActiveFocus();
@@ -164,11 +192,15 @@ FocusScope {
         anchors.bottom: parent.bottom
         anchors.left: parent.left
         anchors.right: parent.right
-        focus: true
+        focus: !view.page.previews
+        visible: !view.page.previews
         model: rows
         currentIndex: -1
         // Up to 200 rows all stand ready, so that a screen reader finds each of them; beyond, those near the view.
         cacheBuffer: count <= 200 ? 1000000 : 1200
+        // The buffer is filled in the direction of the last movement alone, which leaves out the rows above one that the
+        // page opens at.
+        displayMarginBeginning: count <= 200 ? cacheBuffer : 0
         highlightFollowsCurrentItem: false
         keyNavigationEnabled: false
         boundsBehavior: Flickable.DragAndOvershootBounds
@@ -181,9 +213,14 @@ FocusScope {
             width: 1
             height: 36
         }
-        onCountChanged: {
-            Qt.callLater(start);
-            Qt.callLater(view.rowOrder.restore, contentItem);
+        onCountChanged: Qt.callLater(start)
+
+        // Rows off the window are made one after the other, and each comes behind all others.
+        Connections {
+            target: list.contentItem
+            function onChildrenChanged() {
+                Qt.callLater(list.restoreOrder);
+            }
         }
 
         // Rows make way together; a block that comes fades in behind them, one that goes fades out.
@@ -254,8 +291,38 @@ FocusScope {
                 ButtonRow {}
             }
             DelegateChoice {
+                roleValue: "color"
+                ColorRow {}
+            }
+            DelegateChoice {
                 roleValue: "staticText"
                 StaticTextRow {}
+            }
+            DelegateChoice {
+                roleValue: "slider"
+                SliderRow {}
+            }
+            DelegateChoice {
+                roleValue: "typedSlider"
+                SliderRow {
+                    typed: true
+                }
+            }
+            DelegateChoice {
+                roleValue: "stepper"
+                StepperRow {}
+            }
+            DelegateChoice {
+                roleValue: "segment"
+                SegmentRow {}
+            }
+            DelegateChoice {
+                roleValue: "picker"
+                PickerRow {}
+            }
+            DelegateChoice {
+                roleValue: "pickerItem"
+                PickerItemRow {}
             }
             DelegateChoice {
                 PlaceholderRow {}
@@ -265,5 +332,18 @@ FocusScope {
 
     ScrollMark {
         list: list
+    }
+
+    Loader {
+        id: previews
+
+        anchors.fill: list
+        active: view.page.previews !== null
+        focus: active
+        sourceComponent: BackdropGrid {
+            previews: view.page.previews
+            keyboardInUse: view.status.keyboardInUse
+            focus: true
+        }
     }
 }

@@ -3,7 +3,7 @@ import QtQuick
 
 // Shows where the view is in a list while it moves.
 Rectangle {
-    required property ListView list
+    required property Flickable list
 
     readonly property real share: list.visibleArea.heightRatio
 

@@ -11,6 +11,7 @@ QtObject {
     readonly property color ground: "#eef2f6"
     readonly property color card: "#ffffff"
     readonly property color pressed: "#e4ebf1"
+    readonly property color selected: "#d5e9f4"
     readonly property color hairline: "#e0e6ec"
     readonly property color title: "#162433"
     readonly property color quiet: "#566575"
@@ -22,6 +23,8 @@ QtObject {
     readonly property color troubleText: "#5c4300"
 
     readonly property real inset: 16
+    // From this width on the list of pages stands beside the page.
+    readonly property real columnsFrom: 700
     readonly property real columnWidth: 680
     readonly property real corner: 12
     readonly property real rowHeight: 50

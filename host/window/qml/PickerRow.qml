@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+
+// A label and the title of the choice that is made; a tap opens the list of choices.
+ListRow {
+    id: row
+
+    required property string text
+
+    readonly property real textRoom: Math.max(room * 0.4, room - 12 - labelLength.advanceWidth) - chevron.width - 4
+
+    trailingWidth: chevron.width + (text === "" ? 0 : chosen.width + 4)
+    trailingHeight: chosen.implicitHeight
+    trailing: [
+        Text {
+            id: chosen
+
+            anchors.verticalCenter: parent.verticalCenter
+            anchors.right: chevron.left
+            anchors.rightMargin: 4
+            width: Math.min(Math.ceil(implicitWidth), row.textRoom)
+            text: row.text
+            color: Theme.quiet
+            font.pixelSize: Theme.labelSize
+            wrapMode: Text.Wrap
+            maximumLineCount: 3
+            elide: Text.ElideRight
+            horizontalAlignment: Text.AlignRight
+            Accessible.ignored: true
+        },
+        Glyph {
+            id: chevron
+
+            anchors.verticalCenter: parent.verticalCenter
+            anchors.right: parent.right
+            anchors.rightMargin: -4
+            name: "chevron"
+        },
+        TextMetrics {
+            id: labelLength
+
+            font.pixelSize: Theme.labelSize
+            text: row.label
+        }
+    ]
+
+    onTapped: list.rows.activate(index)
+
+    Accessible.role: Accessible.Button
+    Accessible.name: label
+    Accessible.description: text
+    Accessible.focusable: rowEnabled
+    Accessible.onPressAction: tapped()
+}

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <string_view>
+
+#include "host/window/backdrop_provider.h"
+#include "host/window/image_provider.h"
+
+namespace quellar::host::window {
+
+/// Turns an English text of the window itself into the user's language.
+using TextFinder = std::function<QString(std::string_view english)>;
+
+/// What the window draws with that does not come from its pages.
+struct WindowResources {
+  ImageFinder findImage;
+  TextFinder text;
+  WallpaperFinder wallpaper;
+};
+
+}  // namespace quellar::host::window
