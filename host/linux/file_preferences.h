@@ -124,7 +124,7 @@ class FilePreferences final : public platform::Preferences {
   [[nodiscard]] DomainPlace placeOf(const Domain& domain) const;
 
   void refresh(Domain& domain);
-  void load(Domain& domain, FileDescriptor file);
+  void load(Domain& domain, FileDescriptor opened);
   [[nodiscard]] bool recover(Domain& domain);
   void become(Domain& domain, Domain::State state, const std::string& file, const std::string& cause);
   [[nodiscard]] bool isOnlyRelabelled(const Domain& domain, const FileVersion& now);

@@ -32,7 +32,8 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 constexpr auto kLongest = 50ms;
-constexpr auto kPatience = 60s;
+// Long enough for a busy machine; it is waited for only where something is lost.
+constexpr auto kPatience = 600s;
 
 BusNotification darwin(const std::string& name) {
   return {.centre = BusNotification::Centre::Darwin, .name = name, .object = {}, .userInfo = {}};
@@ -174,16 +175,19 @@ TEST(TrustInTheBus, FloodedItHoldsUpNoPostKeepsTheirOrderAndTheMemoryFlat) {
   ASSERT_GE(flood, 0);
   if (flood == 0) {
     // Half of them are of our signature, the other half only seem to be.
-    const auto connection = sdbus::createSessionBusConnectionWithAddress(server.address());
-    const auto object = sdbus::createObject(*connection, "/com/vantorick/Notifications");
-    for (int number = 0; number < signals; ++number) {
-      sdbus::Signal signal = object->createSignal("com.vantorick.Notifications1", "Darwin");
-      if (number % 2 == 0) {
-        signal << "foreign";
-      } else {
-        signal << number << std::string(200, 'x');
+    {
+      const auto connection = sdbus::createSessionBusConnectionWithAddress(server.address());
+      const auto object = sdbus::createObject(*connection, "/com/vantorick/Notifications");
+      for (int number = 0; number < signals; ++number) {
+        sdbus::Signal signal = object->createSignal("com.vantorick.Notifications1", "Darwin");
+        if (number % 2 == 0) {
+          signal << "foreign";
+        } else {
+          signal << number << std::string(200, 'x');
+        }
+        object->emitSignal(signal);
       }
-      object->emitSignal(signal);
+      // What the bus has not taken yet is sent when the connection ends.
     }
     ::_exit(0);
   }

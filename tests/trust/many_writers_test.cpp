@@ -41,8 +41,7 @@ void tell(int output, const std::string& line) {
 /// A program of a test's, in a process of its own.
 class Child {
  public:
-  explicit Child(const std::function<int(int output)>& work) {
-    process_ = ::fork();
+  explicit Child(const std::function<int(int output)>& work) : process_(::fork()) {
     if (process_ == 0) ::_exit(work(output_.writing.get()));
   }
   ~Child() {

@@ -65,8 +65,7 @@ void setResult(pid_t thread, std::int64_t result) {
 
 }  // namespace
 
-Tracee::Tracee(const std::function<int()>& work) {
-  process_ = ::fork();
+Tracee::Tracee(const std::function<int()>& work) : process_(::fork()) {
   if (process_ < 0) throwSystemError("fork");
   if (process_ == 0) {
     trace(PTRACE_TRACEME, 0, 0, 0);
@@ -76,21 +75,15 @@ Tracee::Tracee(const std::function<int()>& work) {
   attach();
 }
 
-Tracee::Tracee(const std::vector<std::string>& command) {
-  std::vector<std::string> words = command;
-  std::vector<char*> arguments;
-  for (std::string& word : words) arguments.push_back(word.data());
-  arguments.push_back(nullptr);
-  process_ = ::fork();
-  if (process_ < 0) throwSystemError("fork");
-  if (process_ == 0) {
-    trace(PTRACE_TRACEME, 0, 0, 0);
-    ::raise(SIGSTOP);
-    ::execv(arguments[0], arguments.data());
-    ::_exit(127);
-  }
-  attach();
-}
+Tracee::Tracee(const std::vector<std::string>& command)
+    : Tracee([&]() -> int {
+        std::vector<std::string> words = command;
+        std::vector<char*> arguments;
+        for (std::string& word : words) arguments.push_back(word.data());
+        arguments.push_back(nullptr);
+        ::execv(arguments[0], arguments.data());
+        return 127;
+      }) {}
 
 Tracee::~Tracee() {
   if (process_ < 0) return;

@@ -2,7 +2,7 @@
 
 // A program that writes a value again and again and says so, to be killed at any moment.
 //
-// usage: trust_writer DEVICE_ROOT KEY FIRST COUNT [--synchronize] [--abrupt]
+// usage: trust_writer DEVICE_ROOT KEY FIRST COUNT [--synchronize]
 
 #include <cstdlib>
 #include <iostream>
@@ -14,7 +14,7 @@
 int main(int argc, char** argv) {
   const std::span<char*> arguments(argv, static_cast<std::size_t>(argc));
   if (arguments.size() < 5) {
-    std::cerr << "usage: trust_writer DEVICE_ROOT KEY FIRST COUNT [--synchronize] [--abrupt]\n";
+    std::cerr << "usage: trust_writer DEVICE_ROOT KEY FIRST COUNT [--synchronize]\n";
     return 2;
   }
   quellar::tests::WritingTask task;
@@ -24,7 +24,6 @@ int main(int argc, char** argv) {
   task.count = std::atoi(arguments[4]);
   for (const std::string_view option : arguments.subspan(5)) {
     if (option == "--synchronize") task.synchronizes = true;
-    if (option == "--abrupt") task.endsProperly = false;
   }
   return quellar::tests::runWriting(task);
 }

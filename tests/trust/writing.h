@@ -30,8 +30,6 @@ struct WritingTask {
   host::linux::FilePreferencesOptions options;
   /// Where its lines go: "set N", "synchronized N", "trouble FILE: CAUSE", each once it has happened.
   int output = 1;
-  /// Ends with the store destroyed, which flushes it. Else as by a signal, with nothing done.
-  bool endsProperly = true;
 };
 
 /// Does a task; gives the exit code of a writer: 0, or 1 where there was trouble with writing.
