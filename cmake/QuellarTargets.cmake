@@ -28,7 +28,7 @@ if(NOT QUELLAR_SANITIZE)
   target_link_libraries(quellar_flags INTERFACE quellar_hardening)
 endif()
 
-# quellar_precompile(NAME HEADERS ... USES targets ... [PROGRAMS]): headers of others, parsed once for all targets that
+# quellar_precompile(NAME HEADERS ... USES targets ... OPTIONS flags ... [PROGRAMS]): headers of others, parsed once for all targets that
 # share them by quellar_share_precompiled(TARGET NAME): libraries and what uses the toolkit or, with PROGRAMS, other
 # programs, whose code is compiled another way. Without QUELLAR_PRECOMPILE both do nothing; every file includes what it
 # needs all the same, and the release build, which precompiles nothing, shows where one does not.
@@ -36,10 +36,11 @@ function(quellar_precompile name)
   if(NOT QUELLAR_PRECOMPILE)
     return()
   endif()
-  cmake_parse_arguments(ARG "PROGRAMS" "" "HEADERS;USES" ${ARGN})
+  cmake_parse_arguments(ARG "PROGRAMS" "" "HEADERS;USES;OPTIONS" ${ARGN})
   file(CONFIGURE OUTPUT ${name}.cpp CONTENT "")
   add_library(${name} OBJECT ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp)
   target_link_libraries(${name} PRIVATE ${ARG_USES} quellar_flags)
+  target_compile_options(${name} PRIVATE ${ARG_OPTIONS})
   target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
   if(ARG_PROGRAMS)
     set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)

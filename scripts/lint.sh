@@ -11,7 +11,7 @@ set -euo pipefail
 # shellcheck source=scripts/common.sh
 source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/common.sh"
 
-readonly changed_seconds=120
+readonly changed_seconds=60
 readonly build=$root/build/debug
 
 # Paths are relative to the root from here on.
