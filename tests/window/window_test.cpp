@@ -7,7 +7,11 @@
 #include <QTest>
 #include <QWheelEvent>
 #include <QWindow>
+#include <fstream>
+#include <iterator>
+#include <set>
 
+#include "host/linux/string_table.h"
 #include "own_page.h"
 #include "window_fixture.h"
 
@@ -579,6 +583,22 @@ TEST_F(WindowTest, TellsATroubleOfTheStoreUntilItIsPutAway) {
   QTest::mouseClick(&view(), Qt::LeftButton, {}, QPoint(195, 80));
   settle();
   EXPECT_EQ(topOf(row("Custom Carrier Strings")), before);
+}
+
+TEST_F(WindowTest, HasATableOfTheTextsThatItLooksUpAndNoOther) {
+  auto resources = panel().resources();
+  std::set<std::string> texts;
+  resources.text = [&texts, text = resources.text](std::string_view english) {
+    texts.emplace(english);
+    return text(english);
+  };
+  const host::window::SettingsWindow window(panel().navigation(), resources, 1, {});
+  std::ifstream file(QUELLAR_RESOURCES "/en.lproj/Window.strings", std::ios::binary);
+  const auto table = host::linux::parseStringTable(std::string{std::istreambuf_iterator<char>(file), {}});
+  EXPECT_TRUE(table.problems.empty());
+  std::set<std::string> entries;
+  for (const auto& [key, text] : table.entries) entries.insert(key);
+  EXPECT_EQ(texts, entries);
 }
 
 TEST_F(WindowTest, WorksWithoutASessionBus) {
