@@ -41,7 +41,7 @@ void turnOnAllSwitches(const std::filesystem::path& root) {
   std::map<std::string, Dictionary> pages;
   for (const json& key : command(root, "schema")) {
     if (key["type"] == "boolean" && key["defaultsKey"].is_string()) {
-      pages[key["defaultsKey"]].insert_or_assign(key["key"].get<std::string>(), Value(true));
+      pages[key["defaultsKey"].get<std::string>()].insert_or_assign(key["key"].get<std::string>(), Value(true));
     }
   }
   host::linux::FilePreferences store((host::linux::DeviceRoot(root)));
@@ -71,16 +71,22 @@ std::string keyOf(const json& row) {
 /// Goes through the panel as a screen reader's user would.
 class Walk {
  public:
-  Walk() : window_({}, [](const TemporaryFolder& root) { turnOnAllSwitches(root.path()); }) {
-    for (const json& page : command(window_.root().path(), "pages")) titles_[page["class"]] = page["title"];
+  Walk()
+      : window_({}, [](const TemporaryFolder& root) {
+          // Another control centre, which has a page of its own.
+          std::filesystem::create_directories(root.path() / "usr/lib");
+          (void)root.write("usr/lib/libflipcontrolcenter.dylib", "");
+          turnOnAllSwitches(root.path());
+        }) {
+    for (const json& page : command(window_.root().path(), "pages"))
+      titles_[page["class"].get<std::string>()] = page["title"];
     for (const json& key : command(window_.root().path(), "schema")) {
-      if (!key["posts"].empty()) posting_.insert({key["page"], key["key"]});
+      if (!key["posts"].empty()) posting_.emplace(key["page"].get<std::string>(), key["key"].get<std::string>());
     }
   }
 
   /// Changes one row of each kind on the page that is shown, then does so on those that it links to.
-  void visit(const std::string& page) {
-    const std::string title = titles_.at(page);
+  void visit(const std::string& page, const std::string& title) {
     (void)window_.find("heading", title);
     visited_.insert(page);
     const json rows = command(window_.root().path(), "rows " + page);
@@ -88,11 +94,16 @@ class Walk {
     for (const json& row : rows) {
       if (const auto kind = kindOf(row)) first.emplace(*kind, row);
     }
-    for (const auto& [kind, row] : first) change(page, kind, row);
+    for (const auto& [kind, row] : first) change(page, title, kind, row);
+    std::map<std::string, std::size_t> alike;
     for (const json& row : rows) {
-      if (!row["detail"].is_string() || !titles_.contains(row["detail"]) || visited_.contains(row["detail"])) continue;
-      press("push button", row["label"]);
-      visit(row["detail"]);
+      const std::string detail = row["detail"].is_string() ? row["detail"].get<std::string>() : "";
+      if (!titles_.contains(detail)) continue;
+      const std::string label = row["label"];
+      const std::size_t nth = alike[label]++;
+      if (visited_.contains(detail)) continue;
+      ASSERT_TRUE(pressLink(label, nth)) << label;
+      visit(detail, titles_.at(detail));
       press("push button", title);
       (void)window_.find("heading", title);
     }
@@ -107,7 +118,16 @@ class Walk {
     ASSERT_TRUE(window_.find(role, name).act("Press")) << role << " " << name;
   }
 
-  void change(const std::string& page, Kind kind, const json& row) {
+  /// Presses the nth of the links of a name.
+  bool pressLink(const std::string& name, std::size_t nth) {
+    (void)window_.find("push button", name);
+    for (const Accessible& object : window_.objects()) {
+      if (object.role() == "push button" && object.name() == name && nth-- == 0) return object.act("Press");
+    }
+    return false;
+  }
+
+  void change(const std::string& page, const std::string& title, Kind kind, const json& row) {
     SCOPED_TRACE(page + " " + keyOf(row));
     const auto file = window_.root().path() / "var/mobile/Library/Preferences" / (std::string(kDomain) + ".plist");
     const std::string before = contents(file);
@@ -130,8 +150,8 @@ class Walk {
         press("push button", label);
         (void)window_.find("heading", label);
         ASSERT_TRUE(pressUnchecked(""));
-        press("push button", titles_.at(page));
-        (void)window_.find("heading", titles_.at(page));
+        press("push button", title);
+        (void)window_.find("heading", title);
         break;
       case Kind::color:
         press("push button", label);
@@ -175,7 +195,7 @@ class Walk {
 TEST(AccessibilityWalk, OpensEveryPageAndChangesARowOfEveryKind) {
   AccessibleDesktop::shared();
   Walk walk;
-  walk.visit("QuellarListController");
+  walk.visit("QuellarListController", "Quellar");
   for (const auto& [page, title] : walk.titles()) EXPECT_TRUE(walk.visited().contains(page)) << title;
   EXPECT_EQ(walk.changed(), (std::set{Kind::slider, Kind::stepper, Kind::color, Kind::segment, Kind::picker, Kind::text,
                                       Kind::toggle}));
