@@ -69,7 +69,7 @@ std::filesystem::path DeviceRoot::chooseFolder(const std::optional<std::string>&
   if (option && !option->empty()) return *option;
   const char* variable = std::getenv("QUELLAR_DEVICE_ROOT");
   if (variable != nullptr && *variable != '\0') return variable;
-  // A relative XDG_DATA_HOME is to be ignored, the specification says.
+  // A relative XDG_DATA_HOME is to be ignored (XDG Base Directory Specification).
   const char* data = std::getenv("XDG_DATA_HOME");
   const bool isDataGiven = data != nullptr && *data == '/';
   const std::filesystem::path dataFolder = isDataGiven ? std::filesystem::path(data) : homeFolder() / ".local/share";
