@@ -16,6 +16,10 @@ namespace quellar::benches {
 
 namespace {
 
+constexpr QSize kWallpaper(1290, 2796);
+// Of a phone of that size, with three pixels a point.
+constexpr QSize kPreview(585, 270);
+
 struct Measured {
   std::string name;
   QSize wallpaper;
@@ -60,9 +64,6 @@ void addPreviews(Suite& suite, const Measured& measured) {
 }  // namespace
 
 void addBackdrops(Suite& suite) {
-  constexpr QSize kWallpaper(1290, 2796);
-  // Of a phone of that size, with three pixels a point.
-  constexpr QSize kPreview(585, 270);
   const std::string copied = "backdrop picker: copy as many pixels 31 times";
   const std::string usual = "backdrop picker: 31 previews of 585 x 270 from a wallpaper of 1290 x 2796";
   addPreviews(suite, {usual, kWallpaper, kPreview, {copied}});

@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
   addFirstFrame(suite);
   addSwatch(suite);
   addBackdrops(suite);
+  addDragFrames(suite);
   Report report(suite);
   benchmark::RunSpecifiedBenchmarks(&report);
   benchmark::Shutdown();

@@ -75,5 +75,6 @@ void addSwitchWrite(Suite& suite);
 void addFirstFrame(Suite& suite);
 void addSwatch(Suite& suite);
 void addBackdrops(Suite& suite);
+void addDragFrames(Suite& suite);
 
 }  // namespace quellar::benches
