@@ -13,7 +13,6 @@
 
 namespace quellar::cells {
 
-using platform::AccessoryButton;
 using platform::ButtonStyle;
 using platform::Color;
 using platform::Dialog;
