@@ -126,7 +126,7 @@ TEST(CrashAtRandom, LeavesAWholeFileWithAllThatWasTold) {
   const int deaths = isLongForm() ? 9000 : 60;
   const TrustRoot root;
   root.written.makeWith(0);
-  // The seed is fixed; where the writer is by then is left to the machine.
+  // The same moments in every run; where the writer is by then is left to the machine.
   std::mt19937 random(20);
   std::uniform_int_distribution<int> microseconds(0, 4000);
   int former = 0;
