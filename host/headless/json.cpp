@@ -168,4 +168,8 @@ std::optional<Value> toValue(const Json& json) {
   return std::nullopt;
 }
 
+double seconds(std::chrono::nanoseconds time) {
+  return std::chrono::duration<double>(time).count();
+}
+
 }  // namespace quellar::host::headless

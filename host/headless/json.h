@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -16,6 +17,9 @@ using Json = nlohmann::ordered_json;
 /// One line of text without the line end. A real is printed with a point or an exponent, in the shortest form that
 /// reads back to the same double.
 [[nodiscard]] std::string dump(const Json& json);
+
+/// A time or duration in seconds, the unit of all times in JSON.
+[[nodiscard]] double seconds(std::chrono::nanoseconds time);
 
 /// A property-list value: data as {"$data":"<base64>"}, a date as {"$date":"<ISO 8601>"}.
 [[nodiscard]] Json toJson(const platform::Value& value);

@@ -20,10 +20,6 @@ using platform::ViewController;
 
 namespace {
 
-double seconds(std::chrono::nanoseconds time) {
-  return std::chrono::duration<double>(time).count();
-}
-
 std::string_view styleName(BarButtonItemStyle style) {
   return style == BarButtonItemStyle::done ? "done" : "plain";
 }

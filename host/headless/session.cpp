@@ -80,10 +80,6 @@ Color colorOf(const Json& fields) {
   return {component(1), component(3), component(5), 1};
 }
 
-double seconds(std::chrono::nanoseconds time) {
-  return std::chrono::duration<double>(time).count();
-}
-
 std::string listed(const std::vector<std::string>& titles) {
   std::string text;
   for (const auto& title : titles) text += (text.empty() ? "" : ", ") + inQuotes(title);
