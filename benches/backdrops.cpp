@@ -76,7 +76,7 @@ void addBackdrops(Suite& suite) {
     return [ground] {
       const Stopwatch stopwatch;
       for (int preview = 0; preview < 31; ++preview) {
-        const std::vector<std::uint32_t> copy(*ground);
+        auto copy = *ground;
         benchmark::DoNotOptimize(copy.data());
         benchmark::ClobberMemory();
       }

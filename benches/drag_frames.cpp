@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QQuickItem>
+#include <array>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -34,8 +35,8 @@ void startToolkit() {
   host::window::chooseRenderer();
   static int argumentCount = 1;
   static std::string name = "quellar-bench";
-  static char* arguments[] = {name.data(), nullptr};
-  application = new QGuiApplication(argumentCount, arguments);
+  static std::array<char*, 2> arguments = {name.data(), nullptr};
+  application = new QGuiApplication(argumentCount, arguments.data());
   host::window::prepareApplication();
 }
 
