@@ -6,13 +6,14 @@
 # Checks the formatting of all source files, then runs clang-tidy: over what changed since the branch left origin/main
 # (on main itself: since the commit before) and what is not committed yet, or over all. Without a history to compare
 # with, everything has changed. "changed" ends after some minutes and tells how much was left; "all" takes its time.
-# clang-tidy reads build/debug, which must be built; what passed is not looked at again until it changes.
+# clang-tidy needs no build, only to be told how each file is compiled: build/lint is configured for that. What passed is
+# not looked at again until it changes.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/common.sh"
 
 readonly changed_seconds=60
-readonly build=$root/build/debug
+readonly build=$root/build/lint
 
 # Paths are relative to the root from here on.
 cd "$root"
@@ -64,24 +65,44 @@ changed_files() {
   fi
 }
 
-# units: prints, for each of our translation units in the build, its path and the paths of our headers that it includes,
-# tab-separated on one line.
+# units: prints, for each of our translation units, its path and the paths of our headers that it includes, directly or
+# not, tab-separated on one line. A header is found beside the file that includes it, or by the end of its path.
 units() {
-  ninja -C "$build" -t deps | awk -v root="$root/" -v build="$build/" '
-    # Paths are absolute or relative to the build folder; our headers are found through its folders of links.
-    function ours(path) {
-      if (index(path, build) == 1) path = substr(path, length(build) + 1)
-      if (path ~ /^include\/[^\/]+\//) { sub(/^include\/[^\/]+\//, "", path); return path }
-      if (index(path, root) == 1) return substr(path, length(root) + 1)
-      return ""
-    }
-    function flush() { if (line != "") print line; line = "" }
-    /^[^ ].*: #deps / { flush(); first = 1; next }
-    /^    / {
-      path = ours(substr($0, 5))
-      if (first) { line = path; first = 0 } else if (line != "" && path != "") line = line "\t" path
-    }
-    END { flush() }'
+  local files
+  mapfile -t files < <(source_files)
+  sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$build/compile_commands.json" | LC_ALL=C sort -u |
+    awk -v root="$root/" '
+      BEGIN { for (i = 2; i < ARGC; ++i) is_ours[ARGV[i]] }
+      function found(from, path,   beside, end) {
+        beside = from
+        sub(/[^\/]*$/, "", beside)
+        if ((beside path) in is_ours) return beside path
+        if (path in is_ours) return path
+        for (end in is_ours) if (substr(end, length(end) - length(path)) == "/" path) return end
+        return ""
+      }
+      function add(file,   i) {
+        if (file in taken) return
+        taken[file]
+        line = line "\t" file
+        for (i = 1; i <= included[file]; ++i) add(includes[file, i])
+      }
+      FILENAME == "-" { if (index($0, root) == 1) unit[++units] = substr($0, length(root) + 1); next }
+      /^#include "/ { split($0, part, "\""); wanted[FILENAME, ++count[FILENAME]] = part[2] }
+      END {
+        for (file in is_ours)
+          for (i = 1; i <= count[file]; ++i) {
+            header = found(file, wanted[file, i])
+            if (header != "") includes[file, ++included[file]] = header
+          }
+        for (i = 1; i <= units; ++i)
+          if (unit[i] in is_ours) {
+            split("", taken)
+            line = ""
+            add(unit[i])
+            print substr(line, 2)
+          }
+      }' - "${files[@]}"
 }
 
 # units_to_tidy FILE...: prints the lines of `units` that show what is in these files: theirs, and for each header that
@@ -119,9 +140,8 @@ tidy_unit() {
     echo "$unit" >>"$build/tidy/left_over"
     return
   fi
-  # The time limit is one for clang-tidy's own endless loops. The compiler's precompiled headers are none of clang's,
-  # which reads them as the plain headers that they stand for.
-  if output=$(timeout 600 clang-tidy-19 -p "$build" --quiet --extra-arg=-Wno-ignored-gch "$unit" 2>&1); then
+  # The time limit is one for clang-tidy's own endless loops.
+  if output=$(timeout 600 clang-tidy-19 -p "$build" --quiet "$unit" 2>&1); then
     echo "$sum" >"$stamp"
   else
     printf '%s: clang-tidy finds\n%s\n' "$unit" \
@@ -162,7 +182,9 @@ tidy() {
 
 main() {
   local status=0 files deadline
-  if [[ ! -f $build/build.ninja ]]; then fail "$build is not built; ./test --lint builds it"; fi
+  local log=$build/configure.log
+  mkdir -p "$build"
+  if ! cmake -S . --preset lint >"$log" 2>&1; then fail "build/lint can't be configured; the reasons are in $log"; fi
   case ${1:-} in
     changed)
       mapfile -t files < <(changed_files)

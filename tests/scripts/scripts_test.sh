@@ -226,38 +226,28 @@ changed_checks_look_at_everything() {
 }
 
 a_changed_header_is_seen_through_one_unit() {
-  # What ninja tells of a build: headers are reached through links, system headers and generated sources are not ours.
-  program ninja <<TEXT
-cat <<'DEPS'
-platform/CMakeFiles/p.dir/a.cpp.o: #deps 3, deps mtime 1 (VALID)
-    $folder/platform/a.cpp
-    $folder/build/debug/include/platform/platform/a.h
-    /usr/include/stdio.h
-
-frame/CMakeFiles/f.dir/b.cpp.o: #deps 3, deps mtime 1 (VALID)
-    $folder/frame/b.cpp
-    include/platform/platform/a.h
-    include/frame/frame/b.h
-
-frame/CMakeFiles/f.dir/c.cpp.o: #deps 2, deps mtime 1 (VALID)
-    $folder/frame/c.cpp
-    include/frame/frame/b.h
-
-host/CMakeFiles/h.dir/moc.cpp.o: #deps 2, deps mtime 1 (VALID)
-    host/moc.cpp
-    include/frame/frame/b.h
-
-DEPS
-TEXT
+  # Headers are named from the root, beside the file or from a folder in between; system headers and generated sources
+  # are not ours.
+  cd "$folder"
+  mkdir -p platform frame tests/support build/lint
+  printf '#include "platform/a.h"\n#include <cstdio>\n' >platform/a.cpp
+  printf '#include "platform/a.h"\n' >frame/b.h
+  printf '#include "frame/b.h"\n' >frame/b.cpp
+  printf '#include "b.h"\n#include "support/files.h"\n' >frame/c.cpp
+  touch platform/a.h tests/support/files.h frame/lonely.h
+  for unit in platform/a.cpp frame/b.cpp frame/c.cpp build/debug/host/moc.cpp; do
+    printf '  "file": "%s"\n' "$folder/$unit"
+  done >build/lint/compile_commands.json
   units() {
-    PATH=$folder/bin:$PATH bash -c 'source "$0/scripts/lint.sh"; units_to_tidy "$@" | cut -f 1' "$folder" "$@"
+    bash -c 'source "$0/scripts/lint.sh"; units_to_tidy "$@" | cut -f 1' "$folder" "$@"
   }
   expect_equal platform/a.cpp "$(units platform/a.cpp)"
   expect_equal frame/b.cpp "$(units platform/a.h)"
   expect_equal frame/b.cpp "$(units frame/b.h)"
   expect_equal platform/a.cpp "$(units platform/a.h platform/a.cpp)"
   expect_equal $'frame/c.cpp\nplatform/a.cpp' "$(units platform/a.h frame/b.h frame/c.cpp platform/a.cpp)"
-  expect_equal "" "$(units frame/unknown.h)"
+  expect_equal frame/c.cpp "$(units tests/support/files.h)"
+  expect_equal "" "$(units frame/lonely.h)"
 }
 
 "$1"
