@@ -31,19 +31,18 @@ if(NOT QUELLAR_SANITIZE)
   target_link_libraries(quellar_flags INTERFACE quellar_hardening)
 endif()
 
-# quellar_precompile(NAME HEADERS ... USES targets ... OPTIONS flags ... [PROGRAMS]): headers of others, parsed once for
-# all targets that share them by quellar_share_precompiled(TARGET NAME): libraries and what uses the toolkit or, with
-# PROGRAMS, other programs, whose code is compiled another way. Without QUELLAR_PRECOMPILE both do nothing; every file includes what it
+# quellar_precompile(NAME HEADERS ... USES targets ... [PROGRAMS]): headers of others, parsed once for all targets that
+# share them by quellar_share_precompiled(TARGET NAME): libraries and what uses the toolkit or, with PROGRAMS, other
+# programs, whose code is compiled another way. Without QUELLAR_PRECOMPILE both do nothing; every file includes what it
 # needs all the same, and the release build, which precompiles nothing, shows where one does not.
 function(quellar_precompile name)
   if(NOT QUELLAR_PRECOMPILE)
     return()
   endif()
-  cmake_parse_arguments(ARG "PROGRAMS" "" "HEADERS;USES;OPTIONS" ${ARGN})
+  cmake_parse_arguments(ARG "PROGRAMS" "" "HEADERS;USES" ${ARGN})
   file(CONFIGURE OUTPUT ${name}.cpp CONTENT "")
   add_library(${name} OBJECT ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp)
   target_link_libraries(${name} PRIVATE ${ARG_USES} quellar_flags)
-  target_compile_options(${name} PRIVATE ${ARG_OPTIONS})
   target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
   if(ARG_PROGRAMS)
     set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
@@ -60,6 +59,14 @@ endfunction()
 quellar_precompile(quellar_standard_headers
   HEADERS <algorithm> <chrono> <filesystem> <fstream> <functional> <map> <memory> <optional> <sstream> <string>
           <unordered_map> <variant> <vector>)
+
+# Most of the time that one file takes is that of the templates of the headers that it includes. Compiled as one, eight
+# files pay it once; what is in a file only must then have a name of its own in its folder.
+function(quellar_unite target)
+  if(QUELLAR_UNITY)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  endif()
+endfunction()
 
 # quellar_folder(FOLDER SOURCES ... USES targets ... LIBRARIES targets ... PRECOMPILED headers)
 #
@@ -87,6 +94,7 @@ function(quellar_folder folder)
     set(ARG_PRECOMPILED quellar_standard_headers)
   endif()
   quellar_share_precompiled(${target} ${ARG_PRECOMPILED})
+  quellar_unite(${target})
 endfunction()
 
 # quellar_program(NAME SOURCES ... USES targets ...): an executable in build/<preset>/bin.

@@ -26,7 +26,7 @@ void PrintTo(const Application& application, std::ostream* stream) {
 }  // namespace quellar::platform
 
 namespace quellar::host::linux {
-namespace {
+namespace applications_test {
 
 using platform::Application;
 using testing::ElementsAre;
@@ -185,5 +185,5 @@ TEST(DataFolders, AreThoseOfTheEnvironmentWithTheUsersFirst) {
   EXPECT_THAT(folders({{"XDG_DATA_DIRS", "/a"}}), ElementsAre("/a"));
 }
 
-}  // namespace
+}  // namespace applications_test
 }  // namespace quellar::host::linux

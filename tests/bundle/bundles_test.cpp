@@ -18,7 +18,7 @@ void PrintTo(const BundleResources::ImageFile& file, std::ostream* stream) {
   *stream << file.file << " at " << file.scale;
 }
 
-namespace {
+namespace bundles_test {
 
 using platform::Array;
 using platform::Dictionary;
@@ -286,5 +286,5 @@ TEST_F(RowFiles, PassOnWhatTheirReaderSkips) {
   EXPECT_THAT(reported_, ElementsAre("Restrictions.plist: item 3 has no cell"));
 }
 
-}  // namespace
+}  // namespace bundles_test
 }  // namespace quellar::host::linux

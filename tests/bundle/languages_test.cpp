@@ -8,7 +8,7 @@
 #include <string>
 
 namespace quellar::host::linux {
-namespace {
+namespace languages_test {
 
 using testing::ElementsAre;
 
@@ -108,5 +108,5 @@ TEST(RightToLeft, IsKnownByTheLanguage) {
   EXPECT_FALSE(isRightToLeft(""));
 }
 
-}  // namespace
+}  // namespace languages_test
 }  // namespace quellar::host::linux

@@ -20,7 +20,7 @@ void PrintTo(const StringTable::Problem& problem, std::ostream* stream) {
   *stream << problem.line << ": " << problem.what;
 }
 
-namespace {
+namespace string_table_test {
 
 using namespace std::string_literals;
 using testing::ElementsAre;
@@ -234,5 +234,5 @@ TEST(StringTable, TakesAnyBytesAndGivesWellFormedTexts) {
   EXPECT_GT(entries, 1000u);
 }
 
-}  // namespace
+}  // namespace string_table_test
 }  // namespace quellar::host::linux

@@ -7,7 +7,7 @@
 #include <vector>
 
 namespace quellar::host::linux {
-namespace {
+namespace utf8_test {
 
 TEST(Utf8, TellsWellFormedTextFromOther) {
   for (const std::string text : {"", "plain", "ü", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80",
@@ -47,5 +47,5 @@ TEST(Utf8, ReadsBackTheCodePointsThatItWrites) {
   EXPECT_EQ(above, "\uFFFD");
 }
 
-}  // namespace
+}  // namespace utf8_test
 }  // namespace quellar::host::linux

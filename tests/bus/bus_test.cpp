@@ -32,7 +32,7 @@ void PrintTo(const BusNotification& notification, std::ostream* stream) {
           << (notification.userInfo ? static_cast<int>(notification.userInfo->size()) : -1);
 }
 
-namespace {
+namespace bus_test {
 
 using namespace std::chrono_literals;
 using platform::Array;
@@ -576,5 +576,5 @@ TEST_F(SessionBusAddress, IsTheSocketInTheRuntimeFolderOtherwise) {
   EXPECT_EQ(sessionBusAddress(), "unix:path=" + folder.path().string() + "/a%20b/bus");
 }
 
-}  // namespace
+}  // namespace bus_test
 }  // namespace quellar::host::linux

@@ -15,7 +15,7 @@
 #include <vector>
 
 namespace quellar::host::linux {
-namespace {
+namespace event_loop_test {
 
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
@@ -231,5 +231,5 @@ TEST(EventLoop, AProgramThatIsExecutedMeanwhileDiesOfTheSignalAsUsual) {
   EXPECT_EQ(WTERMSIG(status), SIGTERM);
 }
 
-}  // namespace
+}  // namespace event_loop_test
 }  // namespace quellar::host::linux

@@ -9,7 +9,7 @@
 #include "program.h"
 
 namespace quellar::tests {
-namespace {
+namespace cli_test {
 
 using host::headless::dump;
 using host::headless::Json;
@@ -458,5 +458,5 @@ TEST(Schema, PrintsTablesForPeople) {
                                      "Lowercase AM/PM +com.vantorick.quellar2.settings\n"));
 }
 
-}  // namespace
+}  // namespace cli_test
 }  // namespace quellar::tests

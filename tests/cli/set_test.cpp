@@ -6,7 +6,7 @@
 #include "program.h"
 
 namespace quellar::tests {
-namespace {
+namespace set_test {
 
 using testing::MatchesRegex;
 using testing::StartsWith;
@@ -145,5 +145,5 @@ TEST(SetHidden, NamesTheSwitchThatShowsTheRowAndWritesNothing) {
   EXPECT_FALSE(std::filesystem::exists(device.root()));
 }
 
-}  // namespace
+}  // namespace set_test
 }  // namespace quellar::tests

@@ -11,7 +11,7 @@
 #include "program.h"
 
 namespace quellar::tests {
-namespace {
+namespace watch_test {
 
 using namespace std::chrono_literals;
 
@@ -152,5 +152,5 @@ TEST_F(Watch, StillHearsThePostsOfAWriteThatFailed) {
             R"({"centre":"darwin","name":"com.vantorick.quellar2.settings","object":null,"userInfo":null})");
 }
 
-}  // namespace
+}  // namespace watch_test
 }  // namespace quellar::tests

@@ -9,7 +9,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace backdrop_picker_test {
 
 using cells::KVQuellarBackdropPickerCollectionView;
 using cells::KVQuellarBackdropPickerViewController;
@@ -80,5 +80,5 @@ TEST_F(BackdropPicker, TellsNobodyWhereItsGridHasNoDelegate) {
   EXPECT_TRUE(panel.events().empty());
 }
 
-}  // namespace
+}  // namespace backdrop_picker_test
 }  // namespace quellar::tests

@@ -5,7 +5,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace carrier_page_test {
 
 using namespace std::chrono_literals;
 using platform::Dictionary;
@@ -186,5 +186,5 @@ TEST(CarrierPage, StoresAnEmptiedTextAsTheEmptyString) {
   EXPECT_EQ(panel.stored("StatusBar_Defaults"), R"({"userCustomCarrierText":"","usesCustomCarrierText":true})");
 }
 
-}  // namespace
+}  // namespace carrier_page_test
 }  // namespace quellar::tests

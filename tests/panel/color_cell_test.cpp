@@ -15,7 +15,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace color_cell_test {
 
 using namespace std::chrono_literals;
 using namespace frame;
@@ -231,5 +231,5 @@ TEST_F(ColorCell, StoresNoAlphaWhereTheDialogShowsNone) {
   EXPECT_EQ(panel.stored("C_Defaults"), R"({"color":"#010203"})");
 }
 
-}  // namespace
+}  // namespace color_cell_test
 }  // namespace quellar::tests

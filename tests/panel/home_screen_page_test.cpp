@@ -10,7 +10,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace home_screen_page_test {
 
 using namespace std::chrono_literals;
 using cells::KVQuellarSliderCell;
@@ -261,5 +261,5 @@ TEST_F(HomeScreenPage, TakesAnEmptyDictionaryWhereNothingIsStoredAtAStep) {
   EXPECT_EQ(wholeRows(*panel.host.topList()), rowsWith({}, {}));
 }
 
-}  // namespace
+}  // namespace home_screen_page_test
 }  // namespace quellar::tests

@@ -11,7 +11,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace icons_page_test {
 
 using namespace std::chrono_literals;
 using platform::Dictionary;
@@ -443,5 +443,5 @@ TEST_F(IconsPage, UpdatesTheBadgesAlthoughItIsGoneBeforeTheDelayIsOver) {
   EXPECT_THAT(panel.events(), ElementsAre(darwinLine("badgeupdate", "0.2")));
 }
 
-}  // namespace
+}  // namespace icons_page_test
 }  // namespace quellar::tests

@@ -11,7 +11,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace list_items_test {
 
 using namespace frame;
 using platform::Dictionary;
@@ -184,5 +184,5 @@ TEST_F(PickerList, DoesNothingWhereItsGroupRowIsTapped) {
   EXPECT_EQ(list.checkedIndex(), 4U);
 }
 
-}  // namespace
+}  // namespace list_items_test
 }  // namespace quellar::tests

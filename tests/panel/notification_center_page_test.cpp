@@ -11,7 +11,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace notification_center_page_test {
 
 using namespace std::chrono_literals;
 using cells::KVQuellarBackdropPickerViewController;
@@ -200,5 +200,5 @@ TEST_F(NotificationCenterPage, TakesNoOtherKeyOverFromTheStore) {
   EXPECT_EQ(panel.stored("NotificationCenter_Defaults"), R"({"ncExtendToTop":true,"ncHideStatusBar":true})");
 }
 
-}  // namespace
+}  // namespace notification_center_page_test
 }  // namespace quellar::tests

@@ -11,7 +11,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace page_base_test {
 
 using namespace frame;
 using platform::Array;
@@ -266,5 +266,5 @@ TEST(PageRegistry, FindsAPageByClassAndByNameInAnyCaseWithSpacesOrDashes) {
   }
 }
 
-}  // namespace
+}  // namespace page_base_test
 }  // namespace quellar::tests

@@ -7,7 +7,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace root_page_test {
 
 using namespace std::chrono_literals;
 using platform::Value;
@@ -208,5 +208,5 @@ TEST(RootPage, OpensEveryPageThatExistsFromItsLink) {
   }
 }
 
-}  // namespace
+}  // namespace root_page_test
 }  // namespace quellar::tests

@@ -14,7 +14,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace slider_cell_test {
 
 using namespace std::chrono_literals;
 using namespace frame;
@@ -378,5 +378,5 @@ TEST(TypedNumber, IsInfiniteWhereItIsTooLargeAndZeroWhereItIsTooSmall) {
   EXPECT_EQ(floatValue("0e999"), 0.0F);
 }
 
-}  // namespace
+}  // namespace slider_cell_test
 }  // namespace quellar::tests

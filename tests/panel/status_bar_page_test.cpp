@@ -8,7 +8,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace status_bar_page_test {
 
 using namespace std::chrono_literals;
 using platform::Dictionary;
@@ -378,5 +378,5 @@ TEST(StatusBarPage, CommitsTheEditedTextBeforeItIsPopped) {
                           R"({"event":"pop","page":"KVQuellarStatusBarListController","animated":true,"t":0.0})"));
 }
 
-}  // namespace
+}  // namespace status_bar_page_test
 }  // namespace quellar::tests

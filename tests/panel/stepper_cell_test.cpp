@@ -11,7 +11,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace stepper_cell_test {
 
 using namespace frame;
 using cells::KVQuellarStepperCell;
@@ -269,5 +269,5 @@ TEST_F(StepperCell, KeepsItsCopyOnAPageThatDoesNotBuildItsRowsAnew) {
   EXPECT_EQ(panel.stored("S_Defaults"), R"({"count":6.0,"show":true})");
 }
 
-}  // namespace
+}  // namespace stepper_cell_test
 }  // namespace quellar::tests

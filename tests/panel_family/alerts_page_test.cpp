@@ -2,7 +2,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace alerts_page_test {
 
 using platform::Value;
 
@@ -65,5 +65,5 @@ TEST_F(AlertsPage, WritesNothingWhenItOpensAndRemovesTheEntryOfAWrittenNull) {
   EXPECT_THAT(panel.events(), testing::ElementsAre(write("{}"), darwinLine("settings")));
 }
 
-}  // namespace
+}  // namespace alerts_page_test
 }  // namespace quellar::tests

@@ -4,7 +4,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace app_switcher_page_test {
 
 using namespace std::chrono_literals;
 using platform::Dictionary;
@@ -206,5 +206,5 @@ TEST_F(AppSwitcherPage, StartsTheClockColorFromWhiteWhereTheLegacyDomainHasNone)
   EXPECT_EQ(dialogStart(), "#ffffff");
 }
 
-}  // namespace
+}  // namespace app_switcher_page_test
 }  // namespace quellar::tests

@@ -2,7 +2,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace control_center_page_test {
 
 using namespace std::chrono_literals;
 using platform::Dictionary;
@@ -271,5 +271,5 @@ TEST_F(ControlCenterPage, StartsFromWhiteWhereTheStoredBackgroundIsNoColor) {
   EXPECT_EQ(dialogStart(), "#ffffff");
 }
 
-}  // namespace
+}  // namespace control_center_page_test
 }  // namespace quellar::tests

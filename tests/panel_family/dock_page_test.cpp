@@ -2,7 +2,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace dock_page_test {
 
 using platform::Dictionary;
 using platform::Value;
@@ -141,5 +141,5 @@ TEST_F(DockPage, ShowsAStoredCountWhenItIsOpenedAgain) {
   EXPECT_EQ(stepperValue("dockMaxIcons"), 5);
 }
 
-}  // namespace
+}  // namespace dock_page_test
 }  // namespace quellar::tests

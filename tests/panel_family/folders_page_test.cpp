@@ -2,7 +2,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace folders_page_test {
 
 class FoldersPage : public FamilyPage {
  protected:
@@ -36,5 +36,5 @@ TEST_F(FoldersPage, AsksForARelayoutOfFoldersAfterEveryWrite) {
                       {darwinLine("settings"), kRelayout});
 }
 
-}  // namespace
+}  // namespace folders_page_test
 }  // namespace quellar::tests

@@ -2,7 +2,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace force_touch_page_test {
 
 using namespace std::chrono_literals;
 using platform::Dictionary;
@@ -265,5 +265,5 @@ TEST_F(ForceTouchPage, OpensTheTimersFromItsLinkAndReturns) {
   EXPECT_EQ(page().className(), "KVQuellarForceTouchListController");
 }
 
-}  // namespace
+}  // namespace force_touch_page_test
 }  // namespace quellar::tests

@@ -4,7 +4,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace lock_screen_page_test {
 
 using namespace std::chrono_literals;
 using platform::Array;
@@ -394,5 +394,5 @@ TEST_F(CameraApp, IsMissingWhereItsFileIsMissingEmptyOrWithoutUsableItems) {
   }
 }
 
-}  // namespace
+}  // namespace lock_screen_page_test
 }  // namespace quellar::tests

@@ -2,7 +2,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace lock_screen_strings_page_test {
 
 using platform::Dictionary;
 using platform::Value;
@@ -144,5 +144,5 @@ TEST_F(LockScreenStringsPage, KeepsWhatTheLockScreenPageHadStoredWhenItWasOpened
   EXPECT_EQ(stored(), R"({"hideCancelButton":true,"useCustomActionText":true})");
 }
 
-}  // namespace
+}  // namespace lock_screen_strings_page_test
 }  // namespace quellar::tests

@@ -2,7 +2,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace medusa_page_test {
 
 using platform::Array;
 using platform::Dictionary;
@@ -96,5 +96,5 @@ TEST_F(MedusaPage, ChangesNoRowsForTheCountOfTheDock) {
   }
 }
 
-}  // namespace
+}  // namespace medusa_page_test
 }  // namespace quellar::tests

@@ -9,7 +9,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace row_files_test {
 
 using platform::Array;
 using platform::Dictionary;
@@ -178,5 +178,5 @@ TEST_F(OddRowFile, AsksForNoApplicationsWhereItSaysSo) {
               ElementsAre(R"(PSSwitchCell {"key":"plain-%@"} set get)"));
 }
 
-}  // namespace
+}  // namespace row_files_test
 }  // namespace quellar::tests

@@ -4,7 +4,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace timers_page_test {
 
 using platform::Dictionary;
 using platform::Value;
@@ -200,5 +200,5 @@ TEST_F(TimersPage, ShowsSaveForTheKeyboardOnlyWhileItIsShown) {
   EXPECT_FALSE(opened.navigationItem().rightBarButtonItem());
 }
 
-}  // namespace
+}  // namespace timers_page_test
 }  // namespace quellar::tests

@@ -4,7 +4,7 @@
 #include "panel_family/family_page.h"
 
 namespace quellar::tests {
-namespace {
+namespace wrong_values_test {
 
 using namespace std::chrono_literals;
 using platform::Array;
@@ -284,5 +284,5 @@ INSTANTIATE_TEST_SUITE_P(
                     Store{"KVQuellarMedusaListController", "Medusa_Defaults", "userRequestsMedusaEnabled"}),
     [](const auto& each) { return each.param.page; });
 
-}  // namespace
+}  // namespace wrong_values_test
 }  // namespace quellar::tests

@@ -4,7 +4,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace animations_page_test {
 
 using namespace std::chrono_literals;
 using platform::Dictionary;
@@ -200,5 +200,5 @@ TEST(AnimationsPage, EndsEditingWithSave) {
   EXPECT_EQ(panel.host.topList()->navigationItem().rightBarButtonItem()->title, "Respring");
 }
 
-}  // namespace
+}  // namespace animations_page_test
 }  // namespace quellar::tests

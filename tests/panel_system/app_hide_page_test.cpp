@@ -2,7 +2,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace app_hide_page_test {
 
 constexpr auto kPage = "KVQuellarAppHideListController";
 const std::string kFileFooter = "A hidden app has no icon on the home screen. It stays installed and keeps its data.";
@@ -81,5 +81,5 @@ TEST(AppHidePage, PostsTheSettingsNotificationOnceForEveryWrite) {
   expectEverySwitchPosts(kPage, "AppHide_Defaults", {"showsHiddenAppsInSwitcher"}, {kSettingsPost});
 }
 
-}  // namespace
+}  // namespace app_hide_page_test
 }  // namespace quellar::tests

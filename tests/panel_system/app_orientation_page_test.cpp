@@ -2,7 +2,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace app_orientation_page_test {
 
 using platform::Array;
 using platform::Dictionary;
@@ -84,5 +84,5 @@ TEST(AppOrientationPage, StoresNothingForARowThatNamesNoDomain) {
   EXPECT_EQ(panel.events(), Lines());
 }
 
-}  // namespace
+}  // namespace app_orientation_page_test
 }  // namespace quellar::tests

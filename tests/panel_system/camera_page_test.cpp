@@ -2,7 +2,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace camera_page_test {
 
 constexpr auto kPage = "KVQuellarCameraListController";
 
@@ -34,5 +34,5 @@ TEST(CameraPage, PostsItsOwnNotificationOnceForEveryWriteAndNoOther) {
                          {darwinPost("com.vantorick.quellar2.settings.camera")});
 }
 
-}  // namespace
+}  // namespace camera_page_test
 }  // namespace quellar::tests

@@ -8,7 +8,7 @@
 #include "platform/navigation_controller.h"
 
 namespace quellar::tests {
-namespace {
+namespace english_texts_test {
 
 using frame::Dependent;
 using frame::Row;
@@ -87,5 +87,5 @@ TEST(EnglishTexts, TheTableHoldsEveryTextThatIsLookedUpAndNoOther) {
   EXPECT_EQ(unused, Lines());
 }
 
-}  // namespace
+}  // namespace english_texts_test
 }  // namespace quellar::tests

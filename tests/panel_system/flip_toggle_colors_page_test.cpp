@@ -4,7 +4,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace flip_toggle_colors_page_test {
 
 using namespace std::chrono_literals;
 using platform::Array;
@@ -247,5 +247,5 @@ TEST(FlipToggleColorsPage, DoesNotShareItsSwitchWithTheToggleColorsPage) {
   EXPECT_EQ(panel.stored(kControlCenter), R"({"usesCustomCCToggleColors":true})");
 }
 
-}  // namespace
+}  // namespace flip_toggle_colors_page_test
 }  // namespace quellar::tests

@@ -2,7 +2,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace messages_page_test {
 
 constexpr auto kPage = "KVQuellarMessagesListController";
 
@@ -31,5 +31,5 @@ TEST(MessagesPage, PostsItsOwnNotificationOnceForEveryWriteAndNoOther) {
                          {darwinPost("com.vantorick.quellar2.settings.mobilesms")});
 }
 
-}  // namespace
+}  // namespace messages_page_test
 }  // namespace quellar::tests

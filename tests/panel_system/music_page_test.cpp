@@ -5,7 +5,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace music_page_test {
 
 using namespace std::chrono_literals;
 using platform::Array;
@@ -288,5 +288,5 @@ TEST(MusicPage, TakesNoTapForAnAccountWhereItsRowFileIsMissing) {
   EXPECT_EQ(panel.events(), Lines());
 }
 
-}  // namespace
+}  // namespace music_page_test
 }  // namespace quellar::tests

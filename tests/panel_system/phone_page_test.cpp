@@ -2,7 +2,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace phone_page_test {
 
 constexpr auto kPage = "KVQuellarPhoneListController";
 
@@ -73,5 +73,5 @@ TEST(PhonePage, LeavesATabWithoutIconWhereItsGlyphIsMissing) {
   EXPECT_EQ(panel.row("userDisablesContactsTab").propertyForKey("iconImage"), nullptr);
 }
 
-}  // namespace
+}  // namespace phone_page_test
 }  // namespace quellar::tests

@@ -4,7 +4,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace power_down_page_test {
 
 using namespace std::chrono_literals;
 using platform::Color;
@@ -215,5 +215,5 @@ TEST(PowerDownPage, ReplacesAValueOfAnotherTypeOnlyWhenTheUserChangesIt) {
                                      R"("userRequestsCustomPowerOffText":true,"userRequestsCustomPowerOffTint":"x"})");
 }
 
-}  // namespace
+}  // namespace power_down_page_test
 }  // namespace quellar::tests

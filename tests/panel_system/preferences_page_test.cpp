@@ -2,7 +2,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace preferences_page_test {
 
 constexpr auto kPage = "KVQuellarPreferencesListController";
 
@@ -33,5 +33,5 @@ TEST(SettingsAppPage, PostsItsOwnNotificationOnceForEveryWriteAndNoOther) {
       {darwinPost("com.vantorick.quellar2.uikit")});
 }
 
-}  // namespace
+}  // namespace preferences_page_test
 }  // namespace quellar::tests

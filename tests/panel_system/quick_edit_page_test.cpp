@@ -2,7 +2,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace quick_edit_page_test {
 
 constexpr auto kPage = "KVQuellarQuickEditListController";
 
@@ -42,5 +42,5 @@ TEST(QuickEditPage, PostsItsOwnNotificationOnceForEveryWriteAndNoOther) {
                          {darwinPost("com.vantorick.quellar2.settings")});
 }
 
-}  // namespace
+}  // namespace quick_edit_page_test
 }  // namespace quellar::tests

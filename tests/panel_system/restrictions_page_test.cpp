@@ -2,7 +2,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace restrictions_page_test {
 
 constexpr auto kPage = "KVQuellarRestrictionsListController";
 
@@ -74,5 +74,5 @@ TEST(RestrictionsPage, TellsObserversOfItsProcessOnceTheValueIsStored) {
   EXPECT_EQ(seen, (Lines{R"({"userDisablesSpotlight":true})"}));
 }
 
-}  // namespace
+}  // namespace restrictions_page_test
 }  // namespace quellar::tests

@@ -3,7 +3,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace system_wide_page_test {
 
 using namespace std::chrono_literals;
 using platform::Color;
@@ -122,5 +122,5 @@ TEST(SystemWidePage, StoresNothingWhenTheColorDialogIsCancelled) {
   EXPECT_EQ(panel.events(), (Lines{kDismiss}));
 }
 
-}  // namespace
+}  // namespace system_wide_page_test
 }  // namespace quellar::tests

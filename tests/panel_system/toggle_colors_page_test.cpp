@@ -4,7 +4,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace toggle_colors_page_test {
 
 using namespace std::chrono_literals;
 using platform::Array;
@@ -227,5 +227,5 @@ TEST(ToggleColorsPage, DrawsOddStoredColorsAndKeepsThem) {
   }
 }
 
-}  // namespace
+}  // namespace toggle_colors_page_test
 }  // namespace quellar::tests

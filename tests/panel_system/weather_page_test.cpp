@@ -2,7 +2,7 @@
 #include "panel_system/page_lines.h"
 
 namespace quellar::tests {
-namespace {
+namespace weather_page_test {
 
 constexpr auto kPage = "KVQuellarWeatherListController";
 constexpr auto kKey = "userRequestsWeatherIconBadge";
@@ -45,5 +45,5 @@ TEST(WeatherPage, PostsItsOwnNotificationOnceForEveryWriteAndNoOther) {
   expectEverySwitchPosts(kPage, "Weather_Defaults", {kKey}, {darwinPost("com.vantorick.quellar2.settings.weather")});
 }
 
-}  // namespace
+}  // namespace weather_page_test
 }  // namespace quellar::tests

@@ -7,7 +7,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace list_controller_test {
 
 using platform::Action;
 using platform::Array;
@@ -352,5 +352,5 @@ TEST(RowFile, MakesRowsOfItsItemsAndReportsTheBadOnes) {
   EXPECT_THAT(page.loadSpecifiersFromPlistName("Missing", "/B.bundle"), IsEmpty());
 }
 
-}  // namespace
+}  // namespace list_controller_test
 }  // namespace quellar::tests

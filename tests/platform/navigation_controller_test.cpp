@@ -7,7 +7,7 @@
 #include "support/memory_services.h"
 
 namespace quellar::tests {
-namespace {
+namespace navigation_controller_test {
 
 using namespace std::chrono_literals;
 using platform::Dialog;
@@ -153,5 +153,5 @@ TEST(VirtualQueue, RunsWorkInTheOrderOfItsTimeAndThenOfItsCalls) {
   EXPECT_EQ(queue.now(), std::chrono::nanoseconds::max());
 }
 
-}  // namespace
+}  // namespace navigation_controller_test
 }  // namespace quellar::tests

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 namespace quellar::tests {
-namespace {
+namespace notification_center_test {
 
 using platform::Notification;
 using platform::NotificationCenter;
@@ -70,5 +70,5 @@ TEST_F(NotificationCenterTest, HandsOverObjectAndUserInfoAndTellsTheTapFirst) {
   EXPECT_THAT(heard, ElementsAre("tap a", "object", "v"));
 }
 
-}  // namespace
+}  // namespace notification_center_test
 }  // namespace quellar::tests

@@ -6,7 +6,7 @@
 #include <limits>
 
 namespace quellar::tests {
-namespace {
+namespace specifier_test {
 
 using platform::PSCellType;
 using platform::PSSpecifier;
@@ -90,5 +90,5 @@ TEST(Specifier, NamesEveryRowKindByThePlatformsNumber) {
   EXPECT_EQ(platform::cellTypeNamed("PSWheelCell"), std::nullopt);
 }
 
-}  // namespace
+}  // namespace specifier_test
 }  // namespace quellar::tests

@@ -7,7 +7,7 @@
 #include "session_fixture.h"
 
 namespace quellar::tests {
-namespace {
+namespace session_controls_test {
 
 using platform::ButtonStyle;
 using platform::Color;
@@ -391,5 +391,5 @@ TEST(SessionDialogs, CompleteAColorDialogWithTheColorAndAlphaPicked) {
   }
 }
 
-}  // namespace
+}  // namespace session_controls_test
 }  // namespace quellar::tests

@@ -5,7 +5,7 @@
 #include "session_fixture.h"
 
 namespace quellar::tests {
-namespace {
+namespace session_test {
 
 using host::headless::DeviceOptions;
 using platform::Dictionary;
@@ -443,5 +443,5 @@ TEST(Session, PlaysTheDeviceThatItWasGiven) {
   }
 }
 
-}  // namespace
+}  // namespace session_test
 }  // namespace quellar::tests

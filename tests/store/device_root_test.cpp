@@ -11,7 +11,7 @@
 #include "store_files.h"
 
 namespace quellar::tests {
-namespace {
+namespace device_root_test {
 
 using host::linux::ConfinedFolder;
 using host::linux::DeviceRoot;
@@ -307,5 +307,5 @@ TEST(DeviceRoot, StaysTheSameFolderWhenTheWorkingFolderChanges) {
   EXPECT_EQ(root.contents("/file", kLimit), "inside");
 }
 
-}  // namespace
+}  // namespace device_root_test
 }  // namespace quellar::tests

@@ -29,7 +29,7 @@ void PrintTo(const StoreTrouble& trouble, std::ostream* stream) {
 }  // namespace quellar::host::linux
 
 namespace quellar::tests {
-namespace {
+namespace file_preferences_test {
 
 using host::linux::DeviceRoot;
 using host::linux::FilePreferences;
@@ -913,5 +913,5 @@ TEST_F(FilePreferencesTest, IsReadByTheNextProcess) {
   EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}}));
 }
 
-}  // namespace
+}  // namespace file_preferences_test
 }  // namespace quellar::tests

@@ -11,7 +11,7 @@
 #include "store_files.h"
 
 namespace quellar::tests {
-namespace {
+namespace property_list_file_test {
 
 using host::linux::encodePropertyList;
 using host::linux::parsePropertyList;
@@ -371,5 +371,5 @@ TEST(PropertyListFile, WritesARealOverALargeUnsignedIntegerThatItDiffersFrom) {
   EXPECT_EQ(dictionary.value("a"), Value(2.5));
 }
 
-}  // namespace
+}  // namespace property_list_file_test
 }  // namespace quellar::tests

@@ -24,7 +24,7 @@
 #include "writing.h"
 
 namespace quellar::tests {
-namespace {
+namespace bus_test {
 
 using host::linux::Bus;
 using host::linux::BusNotification;
@@ -226,5 +226,5 @@ TEST(TrustInTheBus, FloodedItHoldsUpNoPostKeepsTheirOrderAndTheMemoryFlat) {
   EXPECT_LT(most - inUse, 4 * 1024 * 1024);
 }
 
-}  // namespace
+}  // namespace bus_test
 }  // namespace quellar::tests

@@ -25,7 +25,7 @@
 #include "tracer.h"
 
 namespace quellar::tests {
-namespace {
+namespace crash_test {
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
@@ -264,5 +264,5 @@ TEST(Tracer, KillsBeforeACallIsCarriedOutOrAfterIt) {
   }
 }
 
-}  // namespace
+}  // namespace crash_test
 }  // namespace quellar::tests

@@ -20,7 +20,7 @@
 #include "tracer.h"
 
 namespace quellar::tests {
-namespace {
+namespace error_test {
 
 namespace fs = std::filesystem;
 
@@ -165,5 +165,5 @@ TEST_P(Errors, OfEachSystemCallAreToldAndLoseNothing) {
             << told << " told.\n";
 }
 
-}  // namespace
+}  // namespace error_test
 }  // namespace quellar::tests

@@ -24,7 +24,7 @@
 #include "writing.h"
 
 namespace quellar::tests {
-namespace {
+namespace hostile_test {
 
 using host::linux::Bus;
 using host::linux::BusNotification;
@@ -233,5 +233,5 @@ TEST(Hardening, OfTheProgramsThatUsersRunIsThatOfADistribution) {
   if (programs == 0) GTEST_SKIP() << "the release build is not there: ./run --build";
 }
 
-}  // namespace
+}  // namespace hostile_test
 }  // namespace quellar::tests

@@ -23,7 +23,7 @@
 #include "scenarios.h"
 
 namespace quellar::tests {
-namespace {
+namespace many_writers_test {
 
 using host::linux::DeviceRoot;
 using host::linux::FilePreferences;
@@ -283,5 +283,5 @@ TEST(ManyWriters, TellOfOneThatIsStuckWithinTheirLimitAndGoOnWhenItDies) {
   EXPECT_EQ(numberOf(next.copyAppValue("Next_Defaults", kTrustDomain)), 2);
 }
 
-}  // namespace
+}  // namespace many_writers_test
 }  // namespace quellar::tests

@@ -23,7 +23,7 @@
 #include "tracer.h"
 
 namespace quellar::tests {
-namespace {
+namespace power_test {
 
 using host::linux::DeviceRoot;
 using host::linux::FilePreferences;
@@ -325,5 +325,5 @@ TEST_P(Power, ACutAtAnyMomentLosesNothingThatWasFlushed) {
             << cuts.size() << " different states, " << seen << " of them tried.\n";
 }
 
-}  // namespace
+}  // namespace power_test
 }  // namespace quellar::tests

@@ -10,7 +10,7 @@
 #include "host/linux/file_preferences.h"
 
 namespace quellar::tests {
-namespace {
+namespace accessibility_test {
 
 using host::linux::BusNotification;
 using platform::Dictionary;
@@ -222,5 +222,5 @@ TEST_F(AccessibilityTest, TellsWhatIsWrongWithTheStore) {
   EXPECT_THAT(told, HasSubstr("com.vantorick.quellar2.plist: "));
 }
 
-}  // namespace
+}  // namespace accessibility_test
 }  // namespace quellar::tests

@@ -13,7 +13,7 @@
 #include "host/linux/file_preferences.h"
 
 namespace quellar::tests {
-namespace {
+namespace accessibility_walk_test {
 
 using nlohmann::json;
 using platform::Dictionary;
@@ -201,5 +201,5 @@ TEST(AccessibilityWalk, OpensEveryPageAndChangesARowOfEveryKind) {
                                       Kind::toggle}));
 }
 
-}  // namespace
+}  // namespace accessibility_walk_test
 }  // namespace quellar::tests

@@ -12,7 +12,7 @@
 #include "window_fixture.h"
 
 namespace quellar::tests {
-namespace {
+namespace backdrop_page_test {
 
 using platform::Dictionary;
 using testing::ElementsAre;
@@ -205,5 +205,5 @@ TEST_F(BackdropPage, MayBeLeftWhileItIsStillDrawing) {
   closeWindow();
 }
 
-}  // namespace
+}  // namespace backdrop_page_test
 }  // namespace quellar::tests

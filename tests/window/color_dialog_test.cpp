@@ -16,7 +16,7 @@
 #include "window_fixture.h"
 
 namespace quellar::tests {
-namespace {
+namespace color_dialog_test {
 
 using host::window::ColorModel;
 using host::window::SwatchProvider;
@@ -479,5 +479,5 @@ TEST_F(Colors, ForgetARefusalWhenSomethingElseIsPicked) {
   EXPECT_TRUE(model.settle());
 }
 
-}  // namespace
+}  // namespace color_dialog_test
 }  // namespace quellar::tests

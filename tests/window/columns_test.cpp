@@ -10,7 +10,7 @@ namespace quellar::tests {
 using host::window::Idiom;
 using testing::ElementsAre;
 
-namespace {
+namespace columns_test {
 
 /// A window that is wide enough for the list of pages and a page beside it.
 class ColumnsTest : public WindowTest {
@@ -177,6 +177,6 @@ TEST_F(ColumnsTest, GoesFromThePageToTheListByEscape) {
   EXPECT_EQ(focusedRow(), "Status Bar");
 }
 
-}  // namespace
+}  // namespace columns_test
 
 }  // namespace quellar::tests

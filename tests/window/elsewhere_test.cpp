@@ -11,7 +11,7 @@ namespace quellar::tests {
 using platform::Dictionary;
 using testing::ElementsAre;
 
-namespace {
+namespace elsewhere_test {
 
 constexpr const char* kNotice = "Changed elsewhere. Reopen to see it.";
 
@@ -129,6 +129,6 @@ TEST_F(ElsewhereTest, IsReachedByTheKeyboard) {
   EXPECT_TRUE(goes());
 }
 
-}  // namespace
+}  // namespace elsewhere_test
 
 }  // namespace quellar::tests

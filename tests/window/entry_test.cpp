@@ -8,7 +8,7 @@
 #include "window_fixture.h"
 
 namespace quellar::tests {
-namespace {
+namespace entry_test {
 
 using platform::Dictionary;
 using platform::PSCellType;
@@ -203,5 +203,5 @@ TEST_F(EntryTest, KeepsTheBackspaceForTheField) {
   EXPECT_EQ(asked(), "");
 }
 
-}  // namespace
+}  // namespace entry_test
 }  // namespace quellar::tests

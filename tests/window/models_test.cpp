@@ -12,7 +12,7 @@
 #include "support/temporary_folder.h"
 
 namespace quellar::tests {
-namespace {
+namespace models_test {
 
 using namespace std::chrono_literals;
 using host::window::GlyphProvider;
@@ -165,5 +165,5 @@ TEST(GlyphProvider, DrawsInTheColourAtTheSizeThatIsAskedFor) {
   EXPECT_NE(chevron, provider.requestImage("back/0c6f9f", nullptr, {48, 48}));
 }
 
-}  // namespace
+}  // namespace models_test
 }  // namespace quellar::tests

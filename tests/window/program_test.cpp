@@ -17,7 +17,7 @@
 #include "support/temporary_folder.h"
 
 namespace quellar::tests {
-namespace {
+namespace program_test {
 
 using platform::Dictionary;
 using platform::Value;
@@ -168,5 +168,5 @@ TEST_F(ProgramTest, NamesTheFileThatAPictureCannotBeWrittenTo) {
   EXPECT_THAT(outcome.errors, MatchesRegex("quellar-settings: .*/blocked/pictures: [^\n]+\n"));
 }
 
-}  // namespace
+}  // namespace program_test
 }  // namespace quellar::tests

@@ -12,7 +12,7 @@
 #include "window_fixture.h"
 
 namespace quellar::tests {
-namespace {
+namespace rows_test {
 
 using platform::Dictionary;
 using platform::PSCellType;
@@ -736,5 +736,5 @@ TEST_F(AccessibleRowTest, PickerIsAButtonAndItsChoicesAreRadioButtons) {
   EXPECT_EQ(stored("Dock_Defaults").at("dockBackgroundStyle"), Value(12));
 }
 
-}  // namespace
+}  // namespace rows_test
 }  // namespace quellar::tests

@@ -16,7 +16,7 @@
 #include "wallpaper_files.h"
 
 namespace quellar::tests {
-namespace {
+namespace wallpaper_test {
 
 using host::window::BackdropLook;
 using host::window::backdropLook;
@@ -363,5 +363,5 @@ TEST_F(Backdrops, AreDrawnOverAGroundOfAnySize) {
   EXPECT_TRUE(drawBackdrop(QImage(), backdropLooks().front(), 1).isNull());
 }
 
-}  // namespace
+}  // namespace wallpaper_test
 }  // namespace quellar::tests

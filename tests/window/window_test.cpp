@@ -16,7 +16,7 @@
 #include "window_fixture.h"
 
 namespace quellar::tests {
-namespace {
+namespace window_test {
 
 using host::window::Idiom;
 using platform::Dictionary;
@@ -608,5 +608,5 @@ TEST_F(WindowTest, WorksWithoutASessionBus) {
   EXPECT_EQ(stored(), (Dictionary{{"disablesBatterySTBIcon", true}}));
 }
 
-}  // namespace
+}  // namespace window_test
 }  // namespace quellar::tests
