@@ -130,11 +130,13 @@ units_to_tidy() {
 # tidy_unit DEADLINE UNIT_LINE: runs clang-tidy over one unit unless it has passed already as it stands. Prints what is
 # wrong. Past the deadline it counts the unit as left over instead.
 tidy_unit() {
-  local deadline=$1 files unit output stamp sum
+  local deadline=$1 files checks unit output stamp sum
   IFS=$'\t' read -r -a files <<<"$2"
   unit=${files[0]}
   stamp=$build/tidy/${unit//\//+}
-  sum=$(cat .clang-tidy tests/.clang-tidy "${files[@]}" | sha256sum)
+  checks=(.clang-tidy)
+  if [[ $unit == tests/* ]]; then checks+=(tests/.clang-tidy); fi
+  sum=$(cat "${checks[@]}" "${files[@]}" | sha256sum)
   if [[ -f $stamp && $(<"$stamp") == "$sum" ]]; then return; fi
   if ((EPOCHSECONDS >= deadline)); then
     echo "$unit" >>"$build/tidy/left_over"

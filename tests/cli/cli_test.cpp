@@ -13,7 +13,6 @@ namespace cli_test {
 
 using host::headless::dump;
 using host::headless::Json;
-using testing::ElementsAre;
 
 constexpr auto kBattery = "disablesBatterySTBIcon";
 

@@ -159,7 +159,7 @@ std::unique_ptr<Running> Device::start(std::vector<std::string> arguments) const
 }
 
 std::string contents(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
+  const std::ifstream stream(file, std::ios::binary);
   std::ostringstream text;
   text << stream.rdbuf();
   return text.str();

@@ -18,7 +18,6 @@ using platform::Dictionary;
 using platform::PSSpecifier;
 using platform::Value;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using testing::IsEmpty;
 using Lines = std::vector<std::string>;
 
@@ -158,7 +157,7 @@ TEST_F(IconsPage, AsksForAnIconLayoutAfterEveryWriteButTheOneOfTheJitterSwitch) 
     each.store("Icon_Defaults", Dictionary{{"userRequestsColoredBadges", true}});
     each.open(kPage);
     each.set(key, true);
-    Dictionary expected{{"userRequestsColoredBadges", true}, {key, true}};
+    const Dictionary expected{{"userRequestsColoredBadges", true}, {key, true}};
     EXPECT_THAT(each.events(), ElementsAre(write(dump(host::headless::toJson(Value(expected)))), darwinLine("settings"),
                                            darwinLine("iconlayout")))
         << key;

@@ -20,7 +20,6 @@ using platform::PSCellType;
 using platform::PSSpecifier;
 using platform::Value;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 const Page& nestedPage() {
   static const Page page{
@@ -254,7 +253,7 @@ TEST_F(PageBaseTest, LocalisesRowsInPlaceAndTouchesNothingElse) {
 }
 
 TEST(PageRegistry, FindsAPageByClassAndByNameInAnyCaseWithSpacesOrDashes) {
-  Panel panel;
+  const Panel panel;
   const auto& registry = panel.host.registry();
   for (const auto* name :
        {"KVQuellarStatusBarListController", "Status Bar", "status bar", "STATUS-BAR", "status-bar"}) {

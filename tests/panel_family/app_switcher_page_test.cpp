@@ -9,9 +9,7 @@ namespace app_switcher_page_test {
 using namespace std::chrono_literals;
 using platform::Dictionary;
 using platform::PSListItemsController;
-using platform::Value;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class AppSwitcherPage : public FamilyPage {
  protected:

@@ -5,7 +5,6 @@ namespace quellar::tests {
 namespace dock_page_test {
 
 using platform::Dictionary;
-using platform::Value;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
