@@ -50,7 +50,7 @@ double instructionsOf(const Command& command, const PeerHome& home) {
 
 void compareCommands() {
   describeMachine(std::cout, settingsPackages());
-  const PeerHome home(places().back());
+  const PeerHome home(places().back(), PeerHome::Service::Dconf);
   const std::string panel = (programFolder() / "quellar").string();
   const std::string dconfKey = "/com/vantorick/quellar/bench/flag";
   const std::string schema = "com.vantorick.quellar.bench";
@@ -62,7 +62,7 @@ void compareCommands() {
       {{panel, "set", "status-bar", "disablesCarrierSTBIcon", "on"}, {}},
       {{"gsettings", "set", schema, "flag", "true"}, {}},
       {{"dconf", "write", dconfKey, "true"}, {}},
-      {{"kwriteconfig5", "--file", "quellarbenchrc", "--group", "page", "--key", "flag", "--notify", "true"}, {}},
+      {{"kwriteconfig5", "--file", "quellarbenchrc", "--group", "page", "--key", "flag", "true"}, {}},
   };
   constexpr std::size_t kFirstWrite = 4;
   for (int round = 0; round < kRounds; ++round) {

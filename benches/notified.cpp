@@ -24,7 +24,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int kRounds = 25;
+constexpr int kRounds = 20;
 constexpr int kOperationsInARound = 100;
 /// Lets what follows a notification end before the next write.
 constexpr auto kPause = 300us;
@@ -64,12 +64,32 @@ class OneProcessor {
   cpu_set_t former_{};
 };
 
-/// A settings system: a process that writes and one that reads.
+/// How a settings system is started: what follows the program's role, in its own home.
+struct Entrant {
+  const char* name;
+  const char* program;
+  const char* writeRole = "write";
+  PeerHome::Service service = PeerHome::Service::None;
+  /// A file or folder there; "" for none.
+  const char* file = "";
+  std::vector<std::string> options = {};
+};
+
+std::vector<std::string> commandOf(const Entrant& entrant, const char* role, const PeerHome& home) {
+  std::vector<std::string> command = {(programFolder() / "quellar-bench-").string() + entrant.program, role};
+  if (*entrant.file != '\0') command.push_back((home.folder() / entrant.file).string());
+  command.insert(command.end(), entrant.options.begin(), entrant.options.end());
+  return command;
+}
+
+/// A settings system on a bus of its own: a process that writes and one that reads.
 class Contender {
  public:
-  Contender(std::string name, const std::vector<std::string>& writer, const std::vector<std::string>& reader,
-            const PeerHome& home)
-      : name_(std::move(name)), reader_(reader, home.variables()), writer_(writer, home.variables()) {
+  Contender(const Entrant& entrant, const Place& place)
+      : name_(entrant.name),
+        home_(place, entrant.service),
+        reader_(commandOf(entrant, "read", home_), home_.variables()),
+        writer_(commandOf(entrant, entrant.writeRole, home_), home_.variables()) {
     expectReady(reader_);
     expectReady(writer_);
     // The first ones make files and connections.
@@ -112,35 +132,25 @@ class Contender {
   }
 
   std::string name_;
+  PeerHome home_;
   Program reader_;
   Program writer_;
   bool value_ = false;
   int early_ = 0;
 };
 
-std::vector<std::unique_ptr<Contender>> contenders(const PeerHome& home) {
-  const std::string programs = programFolder().string() + "/quellar-bench-";
-  std::vector<std::unique_ptr<Contender>> all;
-  const auto add = [&](const char* name, const std::string& program, const std::string& writeRole,
-                       std::vector<std::string> options) {
-    std::vector<std::string> writer = {programs + program, writeRole};
-    std::vector<std::string> reader = {programs + program, "read"};
-    writer.insert(writer.end(), options.begin(), options.end());
-    reader.insert(reader.end(), options.begin(), options.end());
-    all.push_back(std::make_unique<Contender>(name, writer, reader, home));
+const std::vector<Entrant>& entrants() {
+  constexpr auto kDconf = PeerHome::Service::Dconf;
+  static const std::vector<Entrant> all = {
+      {.name = kPanel, .program = "panel", .file = "device", .options = {"disablesCarrierSTBIcon", "1"}},
+      {.name = kPanelTwice, .program = "panel", .file = "device", .options = {"disablesBatterySTBIcon", "2"}},
+      {.name = kBare, .program = "bare", .file = "device", .options = {"1"}},
+      {.name = kBareTwice, .program = "bare", .file = "device", .options = {"2"}},
+      {.name = kGSettings, .program = "gsettings", .service = kDconf},
+      {.name = kGSettingsSync, .program = "gsettings", .writeRole = "write-sync", .service = kDconf},
+      {.name = kQSettings, .program = "qsettings", .file = "qsettings.ini"},
+      {.name = kKConfig, .program = "kconfig", .options = {"quellarbenchrc"}},
   };
-  const std::string folder = home.folder().string();
-  for (const char* name : {"device-one", "device-two", "bare-one", "bare-two"}) {
-    std::filesystem::create_directory(home.folder() / name);
-  }
-  add(kPanel, "panel", "write", {folder + "/device-one", "disablesCarrierSTBIcon", "1"});
-  add(kPanelTwice, "panel", "write", {folder + "/device-two", "disablesBatterySTBIcon", "2"});
-  add(kBare, "bare", "write", {folder + "/bare-one", "1"});
-  add(kBareTwice, "bare", "write", {folder + "/bare-two", "2"});
-  add(kGSettings, "gsettings", "write", {});
-  add(kGSettingsSync, "gsettings", "write-sync", {});
-  add(kQSettings, "qsettings", "write", {folder + "/qsettings.ini"});
-  add(kKConfig, "kconfig", "write", {"quellarbenchrc"});
   return all;
 }
 
@@ -174,8 +184,8 @@ void report(const std::vector<std::unique_ptr<Contender>>& all, bool flushes) {
 
 /// Lets all contenders take turns in a place.
 void compareIn(const Place& place, bool flushes) {
-  const PeerHome home(place);
-  const auto all = contenders(home);
+  std::vector<std::unique_ptr<Contender>> all;
+  for (const Entrant& entrant : entrants()) all.push_back(std::make_unique<Contender>(entrant, place));
   for (int round = 0; round < kRounds; ++round) {
     for (const auto& contender : all) {
       for (int number = 0; number < kOperationsInARound; ++number) {

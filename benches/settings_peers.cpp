@@ -19,7 +19,7 @@ constexpr const char* kSchema = R"(<schemalist>
 
 }  // namespace
 
-PeerHome::PeerHome(const Place& place) : folder_(place.folder) {
+PeerHome::PeerHome(const Place& place, Service service) : folder_(place.folder) {
   const std::string root = folder_.path().string();
   for (const char* name : {"config", "runtime", "cache", "home", "schemas", "device"}) {
     std::filesystem::create_directory(folder_.path() / name);
@@ -35,6 +35,7 @@ PeerHome::PeerHome(const Place& place) : folder_(place.folder) {
                 "GSETTINGS_SCHEMA_DIR=" + root + "/schemas",
                 "GSETTINGS_BACKEND=dconf",
                 "QUELLAR_DEVICE_ROOT=" + root + "/device"};
+  if (service == Service::None) return;
   dconf_ = std::make_unique<Program>(std::vector<std::string>{"/usr/libexec/dconf-service"}, variables_);
   // It serves once it has its name; the first write waits for that.
   for (int tries = 0;; ++tries) {

@@ -15,7 +15,9 @@ namespace quellar::benches {
 /// service. Its variables are for every program that is to live there.
 class PeerHome {
  public:
-  explicit PeerHome(const Place& place);
+  enum class Service { None, Dconf };
+
+  PeerHome(const Place& place, Service service);
 
   [[nodiscard]] const std::filesystem::path& folder() const { return folder_.path(); }
   [[nodiscard]] const std::vector<std::string>& variables() const { return variables_; }

@@ -191,7 +191,7 @@ void compareMaps(const PeerHome& home) {
 
 void compareWindows() {
   describeMachine(std::cout, {"libqt6quick6", "lxqt-config", "xfce4-settings", "xvfb"});
-  const PeerHome home(places().back());
+  const PeerHome home(places().back(), PeerHome::Service::None);
   compareFirstFrames(home);
   compareMaps(home);
 }

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QObject>
 #include <QSettings>
@@ -47,6 +48,8 @@ int main(int argc, char** argv) {
   if (std::string_view(argv[1]) == "read") {
     Reader reader(settings);
     if (!bus.connect(QString(), kPath, kInterface, kSignal, &reader, SLOT(receive(QString)))) return 1;
+    // The answer to any call comes after that to the subscription, which nobody waits for.
+    static_cast<void>(bus.interface()->isServiceRegistered(bus.baseService()));
     quellar::benches::printLine("ready");
     return QCoreApplication::exec();
   }
