@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/linux/property_list_rules.h"
+#include "host/linux/utf8.h"
 
 namespace quellar::host::linux {
 
@@ -207,6 +208,56 @@ class BinaryCheck {
   std::vector<Object> objects_;
 };
 
+/// The bytes that a number needs: 1, 2, 4 or 8.
+std::size_t widthOf(std::uint64_t number) {
+  if (number <= 0xFF) return 1;
+  if (number <= 0xFFFF) return 2;
+  return number <= 0xFFFFFFFF ? 4 : 8;
+}
+
+void appendNumber(std::string& bytes, std::uint64_t number, std::size_t width) {
+  for (std::size_t left = width; left > 0; --left) bytes += static_cast<char>(number >> (8 * (left - 1)) & 0xFF);
+}
+
+/// Appends a marker with its type in the high half; the low half of an integer is the power of two of its width.
+void appendMarker(std::string& bytes, std::uint8_t type, std::size_t low) {
+  bytes += static_cast<char>(type | low);
+}
+
+std::string integerBytes(std::uint64_t number) {
+  const std::size_t width = widthOf(number);
+  std::string bytes;
+  appendMarker(bytes, 0x10, static_cast<std::size_t>(std::countr_zero(width)));
+  appendNumber(bytes, number, width);
+  return bytes;
+}
+
+/// A marker with a count, which follows as an integer object where the low half can't hold it.
+std::string countedMarker(std::uint8_t type, std::size_t count) {
+  constexpr std::size_t kFollows = 0x0F;
+  std::string bytes;
+  appendMarker(bytes, type, std::min(count, kFollows));
+  if (count >= kFollows) bytes += integerBytes(count);
+  return bytes;
+}
+
+/// The units of UTF-16, big-endian.
+std::string utf16(std::string_view text) {
+  std::string units;
+  while (!text.empty()) {
+    const Utf8Character character = firstCharacter(text);
+    text.remove_prefix(character.length);
+    if (character.codePoint < 0x10000) {
+      appendNumber(units, character.codePoint, 2);
+    } else {
+      const std::uint32_t above = character.codePoint - 0x10000;
+      appendNumber(units, 0xD800 + (above >> 10), 2);
+      appendNumber(units, 0xDC00 + (above & 0x3FF), 2);
+    }
+  }
+  return units;
+}
+
 }  // namespace
 
 bool isBinaryPropertyList(std::string_view bytes) {
@@ -215,6 +266,102 @@ bool isBinaryPropertyList(std::string_view bytes) {
 
 void checkBinaryPropertyList(std::string_view bytes) {
   BinaryCheck(bytes).run();
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addBoolean(bool boolean) {
+  return addScalar(boolean ? "\x09" : "\x08");
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addInteger(std::int64_t integer) {
+  // A negative one has all eight bytes, whose highest bit tells it.
+  return addScalar(integerBytes(static_cast<std::uint64_t>(integer)));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addWideUnsigned(std::uint64_t integer) {
+  std::string bytes = "\x14";
+  appendNumber(bytes, 0, 8);
+  appendNumber(bytes, integer, 8);
+  return addScalar(std::move(bytes));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addReal(double real) {
+  std::string bytes = "\x23";
+  appendNumber(bytes, std::bit_cast<std::uint64_t>(real), 8);
+  return addScalar(std::move(bytes));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addDate(double seconds) {
+  std::string bytes = "\x33";
+  appendNumber(bytes, std::bit_cast<std::uint64_t>(seconds), 8);
+  return addScalar(std::move(bytes));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addText(std::string_view text) {
+  const bool isAscii = std::ranges::all_of(text, [](char each) { return static_cast<unsigned char>(each) < 0x80; });
+  if (isAscii) return addScalar(countedMarker(0x50, text.size()).append(text));
+  const std::string units = utf16(text);
+  return addScalar(countedMarker(0x60, units.size() / 2) + units);
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addData(std::string_view data) {
+  return addScalar(countedMarker(0x40, data.size()).append(data));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addUid(std::uint64_t uid) {
+  const std::size_t width = widthOf(uid);
+  std::string bytes;
+  appendMarker(bytes, 0x80, width - 1);
+  appendNumber(bytes, uid, width);
+  return addScalar(std::move(bytes));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addArray(const std::vector<Object>& items) {
+  return addContainer(0xA0, items.size(), items, {});
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addDictionary(const std::vector<Object>& keys,
+                                                                         const std::vector<Object>& values) {
+  return addContainer(0xD0, keys.size(), keys, values);
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addScalar(std::string bytes) {
+  const auto [known, isNew] = scalars_.try_emplace(std::move(bytes), static_cast<Object>(entries_.size()));
+  if (isNew) entries_.push_back({&known->first, 0, 0});
+  return known->second;
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addContainer(std::uint8_t marker, std::size_t size,
+                                                                        const std::vector<Object>& held,
+                                                                        const std::vector<Object>& more) {
+  const auto start = starts_.insert(countedMarker(marker, size)).first;
+  entries_.push_back({&*start, references_.size(), held.size() + more.size()});
+  references_.insert(references_.end(), held.begin(), held.end());
+  references_.insert(references_.end(), more.begin(), more.end());
+  return static_cast<Object>(entries_.size() - 1);
+}
+
+std::string BinaryPropertyListWriter::finish(Object top) const {
+  const std::size_t referenceWidth = widthOf(entries_.size());
+  std::string file(kMagic);
+  std::vector<std::size_t> places;
+  places.reserve(entries_.size());
+  for (const Entry& entry : entries_) {
+    places.push_back(file.size());
+    file += *entry.bytes;
+    for (std::size_t place = entry.first; place < entry.first + entry.count; ++place) {
+      appendNumber(file, references_[place], referenceWidth);
+    }
+  }
+  const std::size_t table = file.size();
+  const std::size_t offsetWidth = widthOf(table);
+  for (const std::size_t place : places) appendNumber(file, place, offsetWidth);
+  file.append(6, '\0');
+  appendNumber(file, offsetWidth, 1);
+  appendNumber(file, referenceWidth, 1);
+  appendNumber(file, entries_.size(), 8);
+  appendNumber(file, top, 8);
+  appendNumber(file, table, 8);
+  return file;
 }
 
 }  // namespace quellar::host::linux

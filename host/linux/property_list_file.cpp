@@ -4,6 +4,7 @@
 #include <locale.h>
 #include <plist/plist.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -28,7 +29,7 @@ using platform::Dictionary;
 using platform::Value;
 
 void EncodedPropertyList::Free::operator()(char* bytes) const {
-  plist_to_bin_free(bytes);
+  std::free(bytes);
 }
 void PropertyListNodeFree::operator()(void* node) const {
   plist_free(node);
@@ -47,17 +48,6 @@ constexpr const char* kUidKey = "CF$UID";
 Node owned(plist_t node) {
   if (node == nullptr) throw std::bad_alloc();
   return Node(node);
-}
-
-EncodedPropertyList encode(plist_t node) {
-  // The library writes nothing unless the pointer that it is to set is null.
-  char* bytes = nullptr;
-  std::uint32_t size = 0;
-  plist_to_bin(node, &bytes, &size);
-  EncodedPropertyList encoded(bytes, size);
-  if (bytes == nullptr) throw PropertyListError("can't be written as a binary property list");
-  checkPropertyListSize(size);
-  return encoded;
 }
 
 // Two kinds of scalars don't fit through the library's calls: dates, which these cut to 32-bit seconds, and unsigned
@@ -88,9 +78,17 @@ Node dateNode(double seconds) {
 }
 
 double dateSeconds(plist_t node) {
-  const EncodedPropertyList encoded = encode(node);
+  struct Free {
+    void operator()(char* bytes) const { plist_to_bin_free(bytes); }
+  };
+  // The library writes nothing unless the pointer that it is to set is null.
+  char* bytes = nullptr;
+  std::uint32_t size = 0;
+  plist_to_bin(node, &bytes, &size);
+  const std::unique_ptr<char, Free> owner(bytes);
+  if (bytes == nullptr) throw std::bad_alloc();
   std::uint64_t bits = 0;
-  for (const char byte : encoded.bytes().substr(9, 8)) bits = bits << 8 | static_cast<std::uint8_t>(byte);
+  for (const char byte : std::string_view(bytes, size).substr(9, 8)) bits = bits << 8 | static_cast<std::uint8_t>(byte);
   return std::bit_cast<double>(bits);
 }
 
@@ -139,6 +137,23 @@ void forEachEntry(plist_t node, Visit visit) {
   }
 }
 
+/// Calls `visit(child)` for each item of an array node.
+template <typename Visit>
+void forEachItem(plist_t node, Visit visit) {
+  struct Free {
+    void operator()(void* memory) const { std::free(memory); }
+  };
+  const std::uint32_t size = plist_array_get_size(node);
+  plist_array_iter place = nullptr;
+  plist_array_new_iter(node, &place);
+  const std::unique_ptr<void, Free> placeOwner(place);
+  for (std::uint32_t index = 0; index < size; ++index) {
+    plist_t child = nullptr;
+    plist_array_next_item(node, place, &child);
+    visit(child);
+  }
+}
+
 Value integerValue(plist_t node) {
   std::uint64_t bits = 0;
   plist_get_uint_val(node, &bits);
@@ -179,19 +194,8 @@ Value valueOf(plist_t node) {
       return Date{dateSeconds(node)};
     case PLIST_ARRAY: {
       Array array;
-      const std::uint32_t size = plist_array_get_size(node);
-      array.reserve(size);
-      struct Free {
-        void operator()(void* memory) const { std::free(memory); }
-      };
-      plist_array_iter place = nullptr;
-      plist_array_new_iter(node, &place);
-      const std::unique_ptr<void, Free> placeOwner(place);
-      for (std::uint32_t index = 0; index < size; ++index) {
-        plist_t child = nullptr;
-        plist_array_next_item(node, place, &child);
-        array.push_back(valueOf(child));
-      }
+      array.reserve(plist_array_get_size(node));
+      forEachItem(node, [&](plist_t child) { array.push_back(valueOf(child)); });
       return array;
     }
     case PLIST_DICT: {
@@ -206,6 +210,71 @@ Value valueOf(plist_t node) {
       break;
   }
   throw PropertyListError("an object is of an unknown type");
+}
+
+// Nodes to bytes.
+
+using Writer = BinaryPropertyListWriter;
+
+/// Adds a node with all below it.
+Writer::Object add(Writer& writer, plist_t node) {
+  switch (plist_get_node_type(node)) {
+    case PLIST_BOOLEAN: {
+      std::uint8_t boolean = 0;
+      plist_get_bool_val(node, &boolean);
+      return writer.addBoolean(boolean != 0);
+    }
+    case PLIST_UINT: {
+      std::uint64_t bits = 0;
+      plist_get_uint_val(node, &bits);
+      return isWideUnsigned(node, bits) ? writer.addWideUnsigned(bits)
+                                        : writer.addInteger(static_cast<std::int64_t>(bits));
+    }
+    case PLIST_REAL: {
+      double real = 0;
+      plist_get_real_val(node, &real);
+      return writer.addReal(real);
+    }
+    case PLIST_STRING:
+      return writer.addText(textOf(node));
+    case PLIST_DATA: {
+      std::uint64_t size = 0;
+      const char* bytes = plist_get_data_ptr(node, &size);
+      return writer.addData(bytes == nullptr ? std::string_view() : std::string_view(bytes, size));
+    }
+    case PLIST_DATE:
+      return writer.addDate(dateSeconds(node));
+    case PLIST_ARRAY: {
+      std::vector<Writer::Object> items;
+      forEachItem(node, [&](plist_t child) { items.push_back(add(writer, child)); });
+      return writer.addArray(items);
+    }
+    case PLIST_DICT: {
+      std::vector<Writer::Object> keys;
+      std::vector<Writer::Object> values;
+      forEachEntry(node, [&](const char* key, plist_t child) {
+        keys.push_back(writer.addText(key));
+        values.push_back(add(writer, child));
+      });
+      return writer.addDictionary(keys, values);
+    }
+    case PLIST_UID:
+      return writer.addUid(uidOf(node));
+    case PLIST_KEY:
+    case PLIST_NONE:
+      break;
+  }
+  throw PropertyListError("can't be written as a binary property list");
+}
+
+EncodedPropertyList encode(plist_t node) {
+  Writer writer;
+  const std::string bytes = writer.finish(add(writer, node));
+  checkPropertyListSize(bytes.size());
+  auto* copy = static_cast<char*>(std::malloc(bytes.size()));
+  if (copy == nullptr) throw std::bad_alloc();
+  std::ranges::copy(bytes, copy);
+  return {copy, static_cast<std::uint32_t>(bytes.size())};
 }
 
 // Values to nodes.
