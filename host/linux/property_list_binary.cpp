@@ -2,10 +2,12 @@
 #include "host/linux/property_list_binary.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/linux/property_list_rules.h"
@@ -216,7 +218,11 @@ std::size_t widthOf(std::uint64_t number) {
 }
 
 void appendNumber(std::string& bytes, std::uint64_t number, std::size_t width) {
-  for (std::size_t left = width; left > 0; --left) bytes += static_cast<char>(number >> (8 * (left - 1)) & 0xFF);
+  std::array<char, 8> ordered{};
+  for (std::size_t place = 0; place < width; ++place) {
+    ordered[place] = static_cast<char>(number >> (8 * (width - 1 - place)) & 0xFF);
+  }
+  bytes.append(ordered.data(), width);
 }
 
 /// Appends a marker with its type in the high half; the low half of an integer is the power of two of its width.
@@ -258,6 +264,14 @@ std::string utf16(std::string_view text) {
   return units;
 }
 
+/// A text as ASCII where it is that, else as UTF-16.
+std::string textBytes(std::string_view text) {
+  const bool isAscii = std::ranges::all_of(text, [](char each) { return static_cast<unsigned char>(each) < 0x80; });
+  if (isAscii) return countedMarker(0x50, text.size()).append(text);
+  const std::string units = utf16(text);
+  return countedMarker(0x60, units.size() / 2) + units;
+}
+
 }  // namespace
 
 bool isBinaryPropertyList(std::string_view bytes) {
@@ -297,10 +311,7 @@ BinaryPropertyListWriter::Object BinaryPropertyListWriter::addDate(double second
 }
 
 BinaryPropertyListWriter::Object BinaryPropertyListWriter::addText(std::string_view text) {
-  const bool isAscii = std::ranges::all_of(text, [](char each) { return static_cast<unsigned char>(each) < 0x80; });
-  if (isAscii) return addScalar(countedMarker(0x50, text.size()).append(text));
-  const std::string units = utf16(text);
-  return addScalar(countedMarker(0x60, units.size() / 2) + units);
+  return addScalar(textBytes(text));
 }
 
 BinaryPropertyListWriter::Object BinaryPropertyListWriter::addData(std::string_view data) {
@@ -316,52 +327,112 @@ BinaryPropertyListWriter::Object BinaryPropertyListWriter::addUid(std::uint64_t 
 }
 
 BinaryPropertyListWriter::Object BinaryPropertyListWriter::addArray(const std::vector<Object>& items) {
-  return addContainer(0xA0, items.size(), items, {});
+  part_.references.insert(part_.references.end(), items.begin(), items.end());
+  return addObject(countedMarker(0xA0, items.size()), items.size());
 }
 
 BinaryPropertyListWriter::Object BinaryPropertyListWriter::addDictionary(const std::vector<Object>& keys,
                                                                          const std::vector<Object>& values) {
-  return addContainer(0xD0, keys.size(), keys, values);
+  part_.references.insert(part_.references.end(), keys.begin(), keys.end());
+  part_.references.insert(part_.references.end(), values.begin(), values.end());
+  return addObject(countedMarker(0xD0, keys.size()), keys.size() + values.size());
 }
 
 BinaryPropertyListWriter::Object BinaryPropertyListWriter::addScalar(std::string bytes) {
-  const auto [known, isNew] = scalars_.try_emplace(std::move(bytes), static_cast<Object>(entries_.size()));
-  if (isNew) entries_.push_back({&known->first, 0, 0});
-  return known->second;
+  const auto known = scalars_.find(bytes);
+  if (known != scalars_.end()) return known->second;
+  const Object added = addObject(bytes, 0);
+  scalars_.emplace(std::move(bytes), added);
+  return added;
 }
 
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::addContainer(std::uint8_t marker, std::size_t size,
-                                                                        const std::vector<Object>& held,
-                                                                        const std::vector<Object>& more) {
-  const auto start = starts_.insert(countedMarker(marker, size)).first;
-  entries_.push_back({&*start, references_.size(), held.size() + more.size()});
-  references_.insert(references_.end(), held.begin(), held.end());
-  references_.insert(references_.end(), more.begin(), more.end());
-  return static_cast<Object>(entries_.size() - 1);
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addObject(std::string_view bytes, std::size_t references) {
+  part_.bytes += bytes;
+  // Checked before it is kept; a file is never that large.
+  checkPropertyListSize(part_.bytes.size());
+  part_.entries.push_back({static_cast<std::uint32_t>(part_.bytes.size()), static_cast<std::uint32_t>(references)});
+  return static_cast<Object>(part_.entries.size() - 1);
 }
 
-std::string BinaryPropertyListWriter::finish(Object top) const {
-  const std::size_t referenceWidth = widthOf(entries_.size());
-  std::string file(kMagic);
-  std::vector<std::size_t> places;
-  places.reserve(entries_.size());
-  for (const Entry& entry : entries_) {
-    places.push_back(file.size());
-    file += *entry.bytes;
-    for (std::size_t place = entry.first; place < entry.first + entry.count; ++place) {
-      appendNumber(file, references_[place], referenceWidth);
-    }
+BinaryPropertyListPart BinaryPropertyListWriter::finish(Object top) {
+  part_.top = top;
+  scalars_.clear();
+  return std::exchange(part_, {});
+}
+
+namespace {
+
+/// A file as it is put together.
+class BinaryFile {
+ public:
+  explicit BinaryFile(std::size_t objects) : referenceWidth_(widthOf(objects)), bytes_(kMagic) {
+    places_.reserve(objects);
   }
-  const std::size_t table = file.size();
-  const std::size_t offsetWidth = widthOf(table);
-  for (const std::size_t place : places) appendNumber(file, place, offsetWidth);
-  file.append(6, '\0');
-  appendNumber(file, offsetWidth, 1);
-  appendNumber(file, referenceWidth, 1);
-  appendNumber(file, entries_.size(), 8);
-  appendNumber(file, top, 8);
-  appendNumber(file, table, 8);
-  return file;
+
+  /// Returns the number of the part's value in the file.
+  std::size_t append(const BinaryPropertyListPart& part) {
+    const std::size_t first = places_.size();
+    std::size_t begin = 0;
+    const auto* reference = part.references.data();
+    for (const auto& entry : part.entries) {
+      places_.push_back(bytes_.size());
+      bytes_.append(part.bytes, begin, entry.end - begin);
+      begin = entry.end;
+      for (std::uint32_t count = 0; count < entry.references; ++count) appendReference(first + *reference++);
+    }
+    return first + part.top;
+  }
+  /// The same for an object without references.
+  std::size_t append(std::string_view object) {
+    places_.push_back(bytes_.size());
+    bytes_ += object;
+    return places_.size() - 1;
+  }
+  /// Appends a reference of the object that was appended last.
+  void appendReference(std::size_t object) { appendNumber(bytes_, object, referenceWidth_); }
+
+  std::string finish(std::size_t top) {
+    const std::size_t table = bytes_.size();
+    const std::size_t offsetWidth = widthOf(table);
+    for (const std::size_t place : places_) appendNumber(bytes_, place, offsetWidth);
+    bytes_.append(6, '\0');
+    appendNumber(bytes_, offsetWidth, 1);
+    appendNumber(bytes_, referenceWidth_, 1);
+    appendNumber(bytes_, places_.size(), 8);
+    appendNumber(bytes_, top, 8);
+    appendNumber(bytes_, table, 8);
+    return std::move(bytes_);
+  }
+
+ private:
+  std::size_t referenceWidth_;
+  std::string bytes_;
+  std::vector<std::size_t> places_;
+};
+
+}  // namespace
+
+std::string binaryPropertyList(const BinaryPropertyListPart& part) {
+  BinaryFile file(part.entries.size());
+  const std::size_t top = file.append(part);
+  return file.finish(top);
+}
+
+std::string binaryPropertyList(const std::vector<std::pair<std::string_view, const BinaryPropertyListPart*>>& entries) {
+  // The keys and the dictionary itself.
+  std::size_t objects = entries.size() + 1;
+  for (const auto& [key, part] : entries) objects += part->entries.size();
+  BinaryFile file(objects);
+  std::vector<std::size_t> keys;
+  std::vector<std::size_t> values;
+  for (const auto& [key, part] : entries) {
+    keys.push_back(file.append(textBytes(key)));
+    values.push_back(file.append(*part));
+  }
+  const std::size_t top = file.append(countedMarker(0xD0, entries.size()));
+  for (const std::size_t key : keys) file.appendReference(key);
+  for (const std::size_t value : values) file.appendReference(value);
+  return file.finish(top);
 }
 
 }  // namespace quellar::host::linux

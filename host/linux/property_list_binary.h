@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace quellar::host::linux {
@@ -22,11 +22,29 @@ namespace quellar::host::linux {
 /// how many objects there are, which is the top one and where the table begins. All numbers are big-endian.
 void checkBinaryPropertyList(std::string_view bytes);
 
-/// Writes a binary property list in a time that grows with what it holds; libplist's own writer takes the square of it
-/// for large files. An object is added after those that it holds; scalars that are equal are written once.
+/// A value and all that it holds, in the binary form but for the numbers of its objects, so that it can be written
+/// again and again among others.
+struct BinaryPropertyListPart {
+  /// Within the part.
+  using Object = std::uint32_t;
+  struct Entry {
+    /// Where in `bytes` the object ends: all of a scalar, the marker and the size of a container.
+    std::uint32_t end;
+    /// How many of `references` are of this object.
+    std::uint32_t references;
+  };
+
+  std::string bytes;
+  std::vector<Entry> entries;
+  std::vector<Object> references;
+  Object top = 0;
+};
+
+/// Makes a part in a time that grows with what it holds. An object is added after those that it holds; scalars that are
+/// equal become one object.
 class BinaryPropertyListWriter {
  public:
-  using Object = std::uint32_t;
+  using Object = BinaryPropertyListPart::Object;
 
   Object addBoolean(bool boolean);
   Object addInteger(std::int64_t integer);
@@ -43,27 +61,22 @@ class BinaryPropertyListWriter {
   /// Keys, which are texts, and values by place.
   Object addDictionary(const std::vector<Object>& keys, const std::vector<Object>& values);
 
-  /// The file with `top` as its top object.
-  [[nodiscard]] std::string finish(Object top) const;
+  /// The part with `top` as its value; the writer is empty then.
+  [[nodiscard]] BinaryPropertyListPart finish(Object top);
 
  private:
-  struct Entry {
-    /// The marker and the size of the object, and all of a scalar.
-    const std::string* bytes;
-    /// Where in `references_` what a container holds begins, and how much it is.
-    std::size_t first;
-    std::size_t count;
-  };
-
   Object addScalar(std::string bytes);
-  Object addContainer(std::uint8_t marker, std::size_t size, const std::vector<Object>& held,
-                      const std::vector<Object>& more);
+  Object addObject(std::string_view bytes, std::size_t references);
 
+  BinaryPropertyListPart part_;
   std::unordered_map<std::string, Object> scalars_;
-  /// The starts of containers, of which most are alike.
-  std::unordered_set<std::string> starts_;
-  std::vector<Entry> entries_;
-  std::vector<Object> references_;
 };
+
+/// The file with a part as its top.
+[[nodiscard]] std::string binaryPropertyList(const BinaryPropertyListPart& part);
+
+/// The file with a dictionary of parts at its top, in their order.
+[[nodiscard]] std::string binaryPropertyList(
+    const std::vector<std::pair<std::string_view, const BinaryPropertyListPart*>>& entries);
 
 }  // namespace quellar::host::linux

@@ -28,9 +28,6 @@ using platform::Date;
 using platform::Dictionary;
 using platform::Value;
 
-void EncodedPropertyList::Free::operator()(char* bytes) const {
-  std::free(bytes);
-}
 void PropertyListNodeFree::operator()(void* node) const {
   plist_free(node);
 }
@@ -267,14 +264,15 @@ Writer::Object add(Writer& writer, plist_t node) {
   throw PropertyListError("can't be written as a binary property list");
 }
 
-EncodedPropertyList encode(plist_t node) {
+BinaryPropertyListPart partOf(plist_t node) {
   Writer writer;
-  const std::string bytes = writer.finish(add(writer, node));
+  const Writer::Object top = add(writer, node);
+  return writer.finish(top);
+}
+
+EncodedPropertyList encoded(std::string bytes) {
   checkPropertyListSize(bytes.size());
-  auto* copy = static_cast<char*>(std::malloc(bytes.size()));
-  if (copy == nullptr) throw std::bad_alloc();
-  std::ranges::copy(bytes, copy);
-  return {copy, static_cast<std::uint32_t>(bytes.size())};
+  return EncodedPropertyList(std::move(bytes));
 }
 
 // Values to nodes.
@@ -525,7 +523,7 @@ Value parsePropertyList(std::string_view bytes) {
 
 EncodedPropertyList encodePropertyList(const Value& value) {
   checkStorable(value, 0);
-  return encode(nodeOf(value, nullptr).get());
+  return encoded(binaryPropertyList(partOf(nodeOf(value, nullptr).get())));
 }
 
 PropertyListDictionary::PropertyListDictionary() : root_(owned(plist_new_dict())) {}
@@ -545,14 +543,29 @@ void PropertyListDictionary::set(std::string_view key, const Value& value) {
   checkStorable(value, 1);
   Node node = nodeOf(value, entry(root_.get(), key));
   plist_dict_set_item(root_.get(), std::string(key).c_str(), node.release());
+  forget(key);
 }
 
 void PropertyListDictionary::remove(std::string_view key) {
+  forget(key);
   if (entry(root_.get(), key) != nullptr) plist_dict_remove_item(root_.get(), std::string(key).c_str());
 }
 
+void PropertyListDictionary::forget(std::string_view key) {
+  const auto part = parts_.find(key);
+  if (part != parts_.end()) parts_.erase(part);
+}
+
 EncodedPropertyList PropertyListDictionary::encode() const {
-  return linux::encode(root_.get());
+  std::vector<std::string> keys;
+  forEachEntry(root_.get(), [&](const char* key, plist_t child) {
+    keys.emplace_back(key);
+    if (!parts_.contains(keys.back())) parts_.emplace(keys.back(), partOf(child));
+  });
+  std::vector<std::pair<std::string_view, const BinaryPropertyListPart*>> entries;
+  entries.reserve(keys.size());
+  for (const std::string& key : keys) entries.emplace_back(key, &parts_.find(key)->second);
+  return encoded(binaryPropertyList(entries));
 }
 
 }  // namespace quellar::host::linux

@@ -141,6 +141,27 @@ TEST(PropertyListFile, WritesCountsOffsetsAndReferencesOfAnyWidth) {
   }
 }
 
+TEST(PropertyListFile, WritesADictionaryAnewAfterEachChange) {
+  PropertyListDictionary dictionary;
+  Dictionary expected;
+  const auto check = [&] { EXPECT_EQ(parsePropertyList(dictionary.encode().bytes()), Value(expected)); };
+  const auto set = [&](const std::string& key, const Value& value) {
+    dictionary.set(key, value);
+    expected[key] = value;
+    check();
+  };
+  check();
+  set("a", Dictionary{{"x", 1}, {"y", Array{"x", 1}}});
+  set("b", Dictionary{{"x", 1}});
+  set("a", Dictionary{{"x", 2}});
+  set("ü", "x");
+  dictionary.remove("b");
+  expected.erase("b");
+  check();
+  set("b", false);
+  for (int number = 0; number < 300; ++number) set("page" + std::to_string(number), Dictionary{{"x", number}});
+}
+
 TEST(PropertyListFile, ReadsXml) {
   const std::string document =
       xml("<dict><!-- a comment --><key>array</key><array><true/><integer>1</integer><real>1</real><string>1</string>"
