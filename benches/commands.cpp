@@ -63,6 +63,8 @@ void compareCommands() {
       {{"gsettings", "set", schema, "flag", "true"}, {}},
       {{"dconf", "write", dconfKey, "true"}, {}},
       {{"kwriteconfig5", "--file", "quellarbenchrc", "--group", "page", "--key", "flag", "true"}, {}},
+      // What it takes to be started with the libraries of the others.
+      {{panel, "--version"}, {}},
   };
   constexpr std::size_t kFirstWrite = 4;
   for (int round = 0; round < kRounds; ++round) {
