@@ -2,6 +2,7 @@
 #include <sched.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
@@ -16,6 +17,8 @@
 
 #include "comparison.h"
 #include "figures.h"
+#include "frame/names.h"
+#include "host/linux/file_preferences.h"
 #include "settings_peers.h"
 
 namespace quellar::benches {
@@ -198,6 +201,42 @@ void compareIn(const Place& place, bool flushes) {
   report(all, flushes);
 }
 
+/// What a flush costs the thread that writes: writes while the storage device is busy with flushes all the time, beside
+/// the same writes with none.
+void measureFlushing(const Place& place) {
+  struct Case {
+    const char* name;
+    std::chrono::milliseconds delay;
+    Sample writes;
+  };
+  std::array<Case, 2> cases = {Case{"a write, no flush under way", std::chrono::hours(1), {}},
+                               Case{"a write while one flush follows the other", 0ms, {}}};
+  constexpr int kWritesInARound = 50;
+  for (int round = 0; round < 20; ++round) {
+    for (Case& each : cases) {
+      const tests::TemporaryFolder folder(place.folder);
+      host::linux::FilePreferences store(host::linux::DeviceRoot(folder.path()), {}, {.flushDelay = each.delay});
+      const auto write = [&](int number) {
+        store.setAppValue("StatusBar_Defaults", platform::Dictionary{{"disablesCarrierSTBIcon", number % 2 == 0}},
+                          frame::kSettingsDomain);
+      };
+      write(-1);
+      for (int number = 0; number < kWritesInARound; ++number) {
+        const Stopwatch stopwatch;
+        write(number);
+        each.writes.add(stopwatch.elapsed());
+        std::this_thread::sleep_for(1ms);
+      }
+    }
+  }
+  std::vector<std::vector<std::string>> rows = {{"the writing thread", "median", "90th of 100", "99th of 100"}};
+  for (const Case& each : cases) {
+    rows.push_back({each.name, shownTime(each.writes.median()), shownTime(each.writes.quantile(0.9)),
+                    shownTime(each.writes.quantile(0.99))});
+  }
+  printTable(std::cout, rows);
+}
+
 }  // namespace
 
 void compareNotified() {
@@ -211,6 +250,7 @@ void compareNotified() {
       compareIn(place, false);
     } else {
       compareIn(place, true);
+      measureFlushing(place);
     }
   }
 }
