@@ -17,7 +17,6 @@ int main(int argc, char** argv) {
   Suite suite;
   addPageRows(suite);
   addSwitchWrite(suite);
-  addFirstFrame(suite);
   addSwatch(suite);
   addBackdrops(suite);
   addDragFrames(suite);

@@ -72,7 +72,6 @@ struct Place {
 // The parts of the suite, each in the file of its name.
 void addPageRows(Suite& suite);
 void addSwitchWrite(Suite& suite);
-void addFirstFrame(Suite& suite);
 void addSwatch(Suite& suite);
 void addBackdrops(Suite& suite);
 void addDragFrames(Suite& suite);

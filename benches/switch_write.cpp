@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include <fcntl.h>
 #include <sdbus-c++/sdbus-c++.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <fstream>
-#include <iterator>
-#include <system_error>
+#include <stdexcept>
 
 #include "bus/private_bus.h"
-#include "host/linux/file_descriptor.h"
 #include "panel_on_file.h"
 #include "suite.h"
 
@@ -18,44 +11,9 @@ namespace quellar::benches {
 
 namespace {
 
-using host::linux::FileDescriptor;
-
 /// A switch whose write makes one post, and one whose write makes a second one with a payload.
 constexpr const char* kSwitchWithOnePost = "disablesCarrierSTBIcon";
 constexpr const char* kSwitchWithTwoPosts = "disablesBatterySTBIcon";
-
-std::string contentsOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
-/// The least that a safe replacement of a file takes: the bytes of a panel's domain file, written under a temporary
-/// name in its folder and renamed over another file there. Nothing is flushed to the device, as within a write of the
-/// store.
-class BareWrite {
- public:
-  BareWrite(const Place& place, int pagesStored)
-      : panel_(place, pagesStored),
-        bytes_(contentsOf(panel_.domainFile())),
-        folder_(::open(panel_.domainFile().parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    if (!folder_) throw std::system_error(errno, std::generic_category(), panel_.domainFile().parent_path());
-  }
-
-  void run() {
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-    const FileDescriptor file(::openat(folder_.get(), "bare.tmp", kFlags, S_IRUSR | S_IWUSR));
-    const bool isWritten =
-        file && ::write(file.get(), bytes_.data(), bytes_.size()) == static_cast<ssize_t>(bytes_.size());
-    if (!isWritten || ::renameat(folder_.get(), "bare.tmp", folder_.get(), "bare.plist") != 0) {
-      throw std::system_error(errno, std::generic_category(), "bare.plist");
-    }
-  }
-
- private:
-  PanelOnFile panel_;
-  std::string bytes_;
-  FileDescriptor folder_;
-};
 
 /// A bus of its own with another process that listens on it.
 class Listener {
@@ -135,7 +93,8 @@ void addToFile(Suite& suite, const Place& place, int pagesStored) {
   });
 
   suite.add({.name = floor, .floors = {}}, {}, [place, pagesStored] {
-    return [bare = std::make_shared<BareWrite>(place, pagesStored)] {
+    const auto panel = std::make_shared<PanelOnFile>(place, pagesStored);
+    return [panel, bare = std::make_shared<BareWrite>(panel->domainFile())] {
       const Stopwatch stopwatch;
       bare->run();
       return stopwatch.elapsed();
@@ -174,7 +133,8 @@ void addToListener(Suite& suite, const Place& place, const char* key, int posts)
 
   suite.add({.name = withWrite, .floors = {}}, {}, [place, posts] {
     const auto listener = std::make_shared<Listener>();
-    return [listener, posts, bare = std::make_shared<BareWrite>(place, 1),
+    const auto panel = std::make_shared<PanelOnFile>(place, 1);
+    return [listener, posts, panel, bare = std::make_shared<BareWrite>(panel->domainFile()),
             sender = std::make_shared<BareSender>(listener->busAddress())] {
       const Stopwatch stopwatch;
       bare->run();

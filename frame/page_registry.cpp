@@ -18,6 +18,10 @@ std::string folded(std::string_view name) {
   return result;
 }
 
+std::string_view classNameOf(const PageRegistry::Entry& entry) {
+  return entry.page->className;
+}
+
 }  // namespace
 
 void PageRegistry::addClass(std::string className,
@@ -30,22 +34,23 @@ void PageRegistry::addCell(std::string className, MakeCell make) {
 }
 
 const PageRegistry::Entry* PageRegistry::find(std::string_view classOrName) const {
-  const auto found = std::ranges::find_if(entries_, [&](const Entry& entry) {
-    return entry.page->className == classOrName || folded(entry.name) == folded(classOrName);
-  });
+  // Names first: what is found by its name needs no page's description.
+  auto found = std::ranges::find(entries_, folded(classOrName), [](const Entry& entry) { return folded(entry.name); });
+  if (found == entries_.end()) found = std::ranges::find(entries_, classOrName, classNameOf);
   return found == entries_.end() ? nullptr : &*found;
 }
 
 std::shared_ptr<platform::ViewController> PageRegistry::makeViewController(std::string_view className) {
-  const auto page = std::ranges::find(entries_, className,
-                                      [](const Entry& entry) { return std::string_view(entry.page->className); });
-  if (page != entries_.end()) {
-    auto controller = page->make(*platform_);
-    controller->setTitle(page->name);
-    return controller;
-  }
+  const auto page = std::ranges::find(entries_, className, classNameOf);
+  if (page != entries_.end()) return makeViewController(*page);
   const auto other = classes_.find(className);
   return other == classes_.end() ? nullptr : other->second(*platform_);
+}
+
+std::shared_ptr<platform::ViewController> PageRegistry::makeViewController(const Entry& entry) const {
+  auto controller = entry.make(*platform_);
+  controller->setTitle(entry.name);
+  return controller;
 }
 
 std::shared_ptr<platform::PSTableCell> PageRegistry::makeCell(std::string_view className,

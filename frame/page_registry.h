@@ -17,8 +17,20 @@ namespace quellar::frame {
 /// The page and cell classes by their names. Pages stand in the order in which they were added, the root page first.
 class PageRegistry : public platform::Classes {
  public:
+  /// A page's description, which is built when it is first looked at: a start needs one of them, and all take longer
+  /// than the rest of a short command.
+  class Description {
+   public:
+    explicit Description(const Page& (*page)()) : page_(page) {}
+    const Page& operator*() const { return page_(); }
+    const Page* operator->() const { return &page_(); }
+
+   private:
+    const Page& (*page_)();
+  };
+
   struct Entry {
-    const Page* page;
+    Description page;
     /// The English name that users know the page by: the label of the link that opens it.
     std::string name;
     std::function<std::shared_ptr<platform::ViewController>(platform::Platform&)> make;
@@ -29,8 +41,8 @@ class PageRegistry : public platform::Classes {
   /// Adds a page class: `T::page()` is its description, and a T is made from the platform alone.
   template <typename T>
   void add(std::string name) {
-    entries_.push_back(
-        {&T::page(), std::move(name), [](platform::Platform& platform) { return std::make_shared<T>(platform); }});
+    entries_.push_back({Description(&T::page), std::move(name),
+                        [](platform::Platform& platform) { return std::make_shared<T>(platform); }});
   }
   /// Adds a class that is no page of its own.
   void addClass(std::string className,
@@ -44,6 +56,8 @@ class PageRegistry : public platform::Classes {
   /// Must be called before classes are looked up.
   void setPlatform(platform::Platform& platform) { platform_ = &platform; }
   std::shared_ptr<platform::ViewController> makeViewController(std::string_view className) override;
+  /// A new page, under its name.
+  [[nodiscard]] std::shared_ptr<platform::ViewController> makeViewController(const Entry& entry) const;
   std::shared_ptr<platform::PSTableCell> makeCell(std::string_view className, platform::PSSpecifier& specifier,
                                                   const platform::Rect& frame) override;
 

@@ -50,6 +50,19 @@ test_packages=(
   xvfb
 )
 
+# With the settings systems and windows that the panel is measured beside.
 bench_packages=(
+  dconf-cli
+  dconf-gsettings-backend
+  dconf-service
   libbenchmark-dev
+  libglib2.0-bin
+  libglib2.0-dev
+  libkf5config-bin
+  libkf5config-dev
+  libxcb1-dev
+  lxqt-config
+  valgrind
+  xfce4-settings
+  xvfb
 )

@@ -125,7 +125,10 @@ CommandLine parseCommandLine(std::vector<std::string> arguments) {
                                     "quellar/device in the user's data folder)")
                          ->type_name("DIR");
   app.footer("PAGE is a page's class or its name (\"Status Bar\", status-bar); \"quellar pages\" lists them.");
-  const auto add = [&](std::string_view name, const char* description) {
+  // Only the command that is called is described, or all of them for the help: describing them takes longer than most
+  // of them run. None is returned for the others.
+  const auto add = [&](std::string_view name, const char* description) -> CLI::App* {
+    if (!command.empty() && command != name) return nullptr;
     auto* subcommand = app.add_subcommand(std::string(name), description);
     subcommand->footer("Usage: " + usageOf(name) + "\nBesides, --device-root DIR names the folder of the device.");
     return subcommand;
@@ -137,51 +140,55 @@ CommandLine parseCommandLine(std::vector<std::string> arguments) {
     subcommand->add_option("KEY", key, "Preference key of a row; of a color row its colorKey")->required();
   };
 
-  auto* pagesCommand = add("pages", "Lists the pages");
-  pagesCommand->add_flag("--json", pages.json, "Prints JSON");
+  if (auto* added = add("pages", "Lists the pages")) added->add_flag("--json", pages.json, "Prints JSON");
 
-  auto* rowsCommand = add("rows", "Shows the rows of a page as they are now");
-  addPage(rowsCommand, rows.page);
-  rowsCommand->add_flag("--json", rows.json, "Prints JSON");
+  if (auto* added = add("rows", "Shows the rows of a page as they are now")) {
+    addPage(added, rows.page);
+    added->add_flag("--json", rows.json, "Prints JSON");
+  }
 
-  auto* getCommand = add("get", "Prints the value that a row shows, as JSON");
-  addPage(getCommand, get.page);
-  addKey(getCommand, get.key);
+  if (auto* added = add("get", "Prints the value that a row shows, as JSON")) {
+    addPage(added, get.page);
+    addKey(added, get.key);
+  }
 
-  auto* setCommand = add("set", "Changes a row as its control in the window does");
-  addPage(setCommand, set.page);
-  addKey(setCommand, set.key);
-  setCommand
-      ->add_option("VALUE", set.value,
-                   "on or off for a switch, a value or title for a picker or segment, a number for a slider or "
-                   "stepper, #rrggbb for a color, any text for a text row")
-      ->required();
+  if (auto* added = add("set", "Changes a row as its control in the window does")) {
+    addPage(added, set.page);
+    addKey(added, set.key);
+    added
+        ->add_option("VALUE", set.value,
+                     "on or off for a switch, a value or title for a picker or segment, a number for a slider or "
+                     "stepper, #rrggbb for a color, any text for a text row")
+        ->required();
+  }
 
-  auto* watchCommand = add("watch", "Prints every notification as it arrives from the session bus");
-  watchCommand->add_flag("--json", watch.json, "Prints JSON");
-  watchCommand
-      ->add_option("--exec", hooks,
-                   "Runs COMMAND (/bin/sh) on each notification NAME, with QUELLAR_NAME, QUELLAR_OBJECT and "
-                   "QUELLAR_USERINFO set; may be given again")
-      ->type_name("NAME=COMMAND")
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-      ->allow_extra_args(false);
+  if (auto* added = add("watch", "Prints every notification as it arrives from the session bus")) {
+    added->add_flag("--json", watch.json, "Prints JSON");
+    added
+        ->add_option("--exec", hooks,
+                     "Runs COMMAND (/bin/sh) on each notification NAME, with QUELLAR_NAME, QUELLAR_OBJECT and "
+                     "QUELLAR_USERINFO set; may be given again")
+        ->type_name("NAME=COMMAND")
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false);
+  }
 
-  auto* schemaCommand = add("schema", "Lists every key of every page and what its write posts");
-  auto* jsonFlag = schemaCommand->add_flag("--json", schemaJson, "Prints JSON");
-  schemaCommand->add_flag("--markdown", schemaMarkdown, "Prints Markdown tables")->excludes(jsonFlag);
+  if (auto* added = add("schema", "Lists every key of every page and what its write posts")) {
+    auto* jsonFlag = added->add_flag("--json", schemaJson, "Prints JSON");
+    added->add_flag("--markdown", schemaMarkdown, "Prints Markdown tables")->excludes(jsonFlag);
+  }
 
-  auto* sessionCommand = add("session", "Drives the pages by JSON commands, one a line of standard input");
-  sessionCommand
-      ->add_option("--idiom", idiom, "The device: phone (the default), pad, or none: one that does not answer")
-      ->check(CLI::IsMember({"phone", "pad", "none"}));
-  auto* languageOption =
-      sessionCommand->add_option("--lang", language, "Language (default: of the environment)")->type_name("LANG");
-  sessionCommand->add_option("--scale", session.device.scale, "Pixels a point of the screen (default 2)")
-      ->check(checkPositive);
-  sessionCommand->add_option("--width", session.device.width, "Width of the screen in points (default 320)")
-      ->check(checkPositive);
-  sessionCommand->add_flag("--bus", session.bus, "Posts also go to the session bus");
+  const CLI::Option* languageOption = nullptr;
+  if (auto* added = add("session", "Drives the pages by JSON commands, one a line of standard input")) {
+    added->add_option("--idiom", idiom, "The device: phone (the default), pad, or none: one that does not answer")
+        ->check(CLI::IsMember({"phone", "pad", "none"}));
+    languageOption = added->add_option("--lang", language, "Language (default: of the environment)")->type_name("LANG");
+    added->add_option("--scale", session.device.scale, "Pixels a point of the screen (default 2)")
+        ->check(checkPositive);
+    added->add_option("--width", session.device.width, "Width of the screen in points (default 320)")
+        ->check(checkPositive);
+    added->add_flag("--bus", session.bus, "Posts also go to the session bus");
+  }
 
   try {
     std::ranges::reverse(arguments);
@@ -199,21 +206,21 @@ CommandLine parseCommandLine(std::vector<std::string> arguments) {
 
   if (command.empty()) throw UsageError("no command; usage: " + usageOf(""));
   if (*rootOption) result.deviceRoot = deviceRoot;
-  if (*pagesCommand) result.command = pages;
-  if (*rowsCommand) result.command = std::move(rows);
-  if (*getCommand) result.command = std::move(get);
-  if (*setCommand) result.command = std::move(set);
-  if (*watchCommand) {
+  if (command == "pages") result.command = pages;
+  if (command == "rows") result.command = std::move(rows);
+  if (command == "get") result.command = std::move(get);
+  if (command == "set") result.command = std::move(set);
+  if (command == "watch") {
     for (const auto& hook : hooks) watch.hooks.push_back(hookOf(hook));
     result.command = std::move(watch);
   }
-  if (*schemaCommand) {
+  if (command == "schema") {
     using Form = SchemaCommand::Form;
     result.command = SchemaCommand{schemaJson ? Form::Json : schemaMarkdown ? Form::Markdown : Form::Text};
   }
-  if (*sessionCommand) {
+  if (command == "session") {
     session.device.idiom = idiom == "none" ? std::nullopt : std::optional(idiom == "pad" ? 1 : 0);
-    if (*languageOption) session.language = language;
+    if (languageOption && *languageOption) session.language = language;
     result.command = std::move(session);
   }
   return result;

@@ -41,7 +41,7 @@ const frame::PageRegistry::Entry& PanelHost::entryNamed(std::string_view classOr
 }
 
 std::shared_ptr<platform::PSListController> PanelHost::makePage(const frame::PageRegistry::Entry& entry) {
-  return std::dynamic_pointer_cast<platform::PSListController>(registry_.makeViewController(entry.page->className));
+  return std::dynamic_pointer_cast<platform::PSListController>(registry_.makeViewController(entry));
 }
 
 }  // namespace quellar::host::cli

@@ -159,6 +159,8 @@ void setValue(const SetCommand& command, PanelHost& host, linux::Services& servi
 }  // namespace
 
 void setValue(const SetCommand& command, linux::Services& services) {
+  // The bus answers while the page is made.
+  services.bus.connect();
   try {
     PanelHost host(services, PanelHost::Detail::Bare);
     setValue(command, host, services);

@@ -2,13 +2,16 @@
 #include "host/linux/property_list_binary.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/linux/property_list_rules.h"
+#include "host/linux/utf8.h"
 
 namespace quellar::host::linux {
 
@@ -207,6 +210,68 @@ class BinaryCheck {
   std::vector<Object> objects_;
 };
 
+/// The bytes that a number needs: 1, 2, 4 or 8.
+std::size_t widthOf(std::uint64_t number) {
+  if (number <= 0xFF) return 1;
+  if (number <= 0xFFFF) return 2;
+  return number <= 0xFFFFFFFF ? 4 : 8;
+}
+
+void appendNumber(std::string& bytes, std::uint64_t number, std::size_t width) {
+  std::array<char, 8> ordered{};
+  for (std::size_t place = 0; place < width; ++place) {
+    ordered[place] = static_cast<char>(number >> (8 * (width - 1 - place)) & 0xFF);
+  }
+  bytes.append(ordered.data(), width);
+}
+
+/// Appends a marker with its type in the high half; the low half of an integer is the power of two of its width.
+void appendMarker(std::string& bytes, std::uint8_t type, std::size_t low) {
+  bytes += static_cast<char>(type | low);
+}
+
+std::string integerBytes(std::uint64_t number) {
+  const std::size_t width = widthOf(number);
+  std::string bytes;
+  appendMarker(bytes, 0x10, static_cast<std::size_t>(std::countr_zero(width)));
+  appendNumber(bytes, number, width);
+  return bytes;
+}
+
+/// A marker with a count, which follows as an integer object where the low half can't hold it.
+std::string countedMarker(std::uint8_t type, std::size_t count) {
+  constexpr std::size_t kFollows = 0x0F;
+  std::string bytes;
+  appendMarker(bytes, type, std::min(count, kFollows));
+  if (count >= kFollows) bytes += integerBytes(count);
+  return bytes;
+}
+
+/// The units of UTF-16, big-endian.
+std::string utf16(std::string_view text) {
+  std::string units;
+  while (!text.empty()) {
+    const Utf8Character character = firstCharacter(text);
+    text.remove_prefix(character.length);
+    if (character.codePoint < 0x10000) {
+      appendNumber(units, character.codePoint, 2);
+    } else {
+      const std::uint32_t above = character.codePoint - 0x10000;
+      appendNumber(units, 0xD800 + (above >> 10), 2);
+      appendNumber(units, 0xDC00 + (above & 0x3FF), 2);
+    }
+  }
+  return units;
+}
+
+/// A text as ASCII where it is that, else as UTF-16.
+std::string textBytes(std::string_view text) {
+  const bool isAscii = std::ranges::all_of(text, [](char each) { return static_cast<unsigned char>(each) < 0x80; });
+  if (isAscii) return countedMarker(0x50, text.size()).append(text);
+  const std::string units = utf16(text);
+  return countedMarker(0x60, units.size() / 2) + units;
+}
+
 }  // namespace
 
 bool isBinaryPropertyList(std::string_view bytes) {
@@ -215,6 +280,159 @@ bool isBinaryPropertyList(std::string_view bytes) {
 
 void checkBinaryPropertyList(std::string_view bytes) {
   BinaryCheck(bytes).run();
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addBoolean(bool boolean) {
+  return addScalar(boolean ? "\x09" : "\x08");
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addInteger(std::int64_t integer) {
+  // A negative one has all eight bytes, whose highest bit tells it.
+  return addScalar(integerBytes(static_cast<std::uint64_t>(integer)));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addWideUnsigned(std::uint64_t integer) {
+  std::string bytes = "\x14";
+  appendNumber(bytes, 0, 8);
+  appendNumber(bytes, integer, 8);
+  return addScalar(std::move(bytes));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addReal(double real) {
+  std::string bytes = "\x23";
+  appendNumber(bytes, std::bit_cast<std::uint64_t>(real), 8);
+  return addScalar(std::move(bytes));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addDate(double seconds) {
+  std::string bytes = "\x33";
+  appendNumber(bytes, std::bit_cast<std::uint64_t>(seconds), 8);
+  return addScalar(std::move(bytes));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addText(std::string_view text) {
+  return addScalar(textBytes(text));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addData(std::string_view data) {
+  return addScalar(countedMarker(0x40, data.size()).append(data));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addUid(std::uint64_t uid) {
+  const std::size_t width = widthOf(uid);
+  std::string bytes;
+  appendMarker(bytes, 0x80, width - 1);
+  appendNumber(bytes, uid, width);
+  return addScalar(std::move(bytes));
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addArray(const std::vector<Object>& items) {
+  part_.references.insert(part_.references.end(), items.begin(), items.end());
+  return addObject(countedMarker(0xA0, items.size()), items.size());
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addDictionary(const std::vector<Object>& keys,
+                                                                         const std::vector<Object>& values) {
+  part_.references.insert(part_.references.end(), keys.begin(), keys.end());
+  part_.references.insert(part_.references.end(), values.begin(), values.end());
+  return addObject(countedMarker(0xD0, keys.size()), keys.size() + values.size());
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addScalar(std::string bytes) {
+  const auto known = scalars_.find(bytes);
+  if (known != scalars_.end()) return known->second;
+  const Object added = addObject(bytes, 0);
+  scalars_.emplace(std::move(bytes), added);
+  return added;
+}
+
+BinaryPropertyListWriter::Object BinaryPropertyListWriter::addObject(std::string_view bytes, std::size_t references) {
+  part_.bytes += bytes;
+  // Checked before it is kept; a file is never that large.
+  checkPropertyListSize(part_.bytes.size());
+  part_.entries.push_back({static_cast<std::uint32_t>(part_.bytes.size()), static_cast<std::uint32_t>(references)});
+  return static_cast<Object>(part_.entries.size() - 1);
+}
+
+BinaryPropertyListPart BinaryPropertyListWriter::finish(Object top) {
+  part_.top = top;
+  scalars_.clear();
+  return std::exchange(part_, {});
+}
+
+namespace {
+
+/// A file as it is put together.
+class BinaryFile {
+ public:
+  explicit BinaryFile(std::size_t objects) : referenceWidth_(widthOf(objects)), bytes_(kMagic) {
+    places_.reserve(objects);
+  }
+
+  /// Returns the number of the part's value in the file.
+  std::size_t append(const BinaryPropertyListPart& part) {
+    const std::size_t first = places_.size();
+    std::size_t begin = 0;
+    const auto* reference = part.references.data();
+    for (const auto& entry : part.entries) {
+      places_.push_back(bytes_.size());
+      bytes_.append(part.bytes, begin, entry.end - begin);
+      begin = entry.end;
+      for (std::uint32_t count = 0; count < entry.references; ++count) appendReference(first + *reference++);
+    }
+    return first + part.top;
+  }
+  /// The same for an object without references.
+  std::size_t append(std::string_view object) {
+    places_.push_back(bytes_.size());
+    bytes_ += object;
+    return places_.size() - 1;
+  }
+  /// Appends a reference of the object that was appended last.
+  void appendReference(std::size_t object) { appendNumber(bytes_, object, referenceWidth_); }
+
+  std::string finish(std::size_t top) {
+    const std::size_t table = bytes_.size();
+    const std::size_t offsetWidth = widthOf(table);
+    for (const std::size_t place : places_) appendNumber(bytes_, place, offsetWidth);
+    bytes_.append(6, '\0');
+    appendNumber(bytes_, offsetWidth, 1);
+    appendNumber(bytes_, referenceWidth_, 1);
+    appendNumber(bytes_, places_.size(), 8);
+    appendNumber(bytes_, top, 8);
+    appendNumber(bytes_, table, 8);
+    return std::move(bytes_);
+  }
+
+ private:
+  std::size_t referenceWidth_;
+  std::string bytes_;
+  std::vector<std::size_t> places_;
+};
+
+}  // namespace
+
+std::string binaryPropertyList(const BinaryPropertyListPart& part) {
+  BinaryFile file(part.entries.size());
+  const std::size_t top = file.append(part);
+  return file.finish(top);
+}
+
+std::string binaryPropertyList(const std::vector<std::pair<std::string_view, const BinaryPropertyListPart*>>& entries) {
+  // The keys and the dictionary itself.
+  std::size_t objects = entries.size() + 1;
+  for (const auto& [key, part] : entries) objects += part->entries.size();
+  BinaryFile file(objects);
+  std::vector<std::size_t> keys;
+  std::vector<std::size_t> values;
+  for (const auto& [key, part] : entries) {
+    keys.push_back(file.append(textBytes(key)));
+    values.push_back(file.append(*part));
+  }
+  const std::size_t top = file.append(countedMarker(0xD0, entries.size()));
+  for (const std::size_t key : keys) file.appendReference(key);
+  for (const std::size_t value : values) file.appendReference(value);
+  return file.finish(top);
 }
 
 }  // namespace quellar::host::linux

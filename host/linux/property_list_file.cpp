@@ -4,6 +4,7 @@
 #include <locale.h>
 #include <plist/plist.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -27,9 +28,6 @@ using platform::Date;
 using platform::Dictionary;
 using platform::Value;
 
-void EncodedPropertyList::Free::operator()(char* bytes) const {
-  plist_to_bin_free(bytes);
-}
 void PropertyListNodeFree::operator()(void* node) const {
   plist_free(node);
 }
@@ -47,17 +45,6 @@ constexpr const char* kUidKey = "CF$UID";
 Node owned(plist_t node) {
   if (node == nullptr) throw std::bad_alloc();
   return Node(node);
-}
-
-EncodedPropertyList encode(plist_t node) {
-  // The library writes nothing unless the pointer that it is to set is null.
-  char* bytes = nullptr;
-  std::uint32_t size = 0;
-  plist_to_bin(node, &bytes, &size);
-  EncodedPropertyList encoded(bytes, size);
-  if (bytes == nullptr) throw PropertyListError("can't be written as a binary property list");
-  checkPropertyListSize(size);
-  return encoded;
 }
 
 // Two kinds of scalars don't fit through the library's calls: dates, which these cut to 32-bit seconds, and unsigned
@@ -88,9 +75,17 @@ Node dateNode(double seconds) {
 }
 
 double dateSeconds(plist_t node) {
-  const EncodedPropertyList encoded = encode(node);
+  struct Free {
+    void operator()(char* bytes) const { plist_to_bin_free(bytes); }
+  };
+  // The library writes nothing unless the pointer that it is to set is null.
+  char* bytes = nullptr;
+  std::uint32_t size = 0;
+  plist_to_bin(node, &bytes, &size);
+  const std::unique_ptr<char, Free> owner(bytes);
+  if (bytes == nullptr) throw std::bad_alloc();
   std::uint64_t bits = 0;
-  for (const char byte : encoded.bytes().substr(9, 8)) bits = bits << 8 | static_cast<std::uint8_t>(byte);
+  for (const char byte : std::string_view(bytes, size).substr(9, 8)) bits = bits << 8 | static_cast<std::uint8_t>(byte);
   return std::bit_cast<double>(bits);
 }
 
@@ -139,6 +134,23 @@ void forEachEntry(plist_t node, Visit visit) {
   }
 }
 
+/// Calls `visit(child)` for each item of an array node.
+template <typename Visit>
+void forEachItem(plist_t node, Visit visit) {
+  struct Free {
+    void operator()(void* memory) const { std::free(memory); }
+  };
+  const std::uint32_t size = plist_array_get_size(node);
+  plist_array_iter place = nullptr;
+  plist_array_new_iter(node, &place);
+  const std::unique_ptr<void, Free> placeOwner(place);
+  for (std::uint32_t index = 0; index < size; ++index) {
+    plist_t child = nullptr;
+    plist_array_next_item(node, place, &child);
+    visit(child);
+  }
+}
+
 Value integerValue(plist_t node) {
   std::uint64_t bits = 0;
   plist_get_uint_val(node, &bits);
@@ -179,19 +191,8 @@ Value valueOf(plist_t node) {
       return Date{dateSeconds(node)};
     case PLIST_ARRAY: {
       Array array;
-      const std::uint32_t size = plist_array_get_size(node);
-      array.reserve(size);
-      struct Free {
-        void operator()(void* memory) const { std::free(memory); }
-      };
-      plist_array_iter place = nullptr;
-      plist_array_new_iter(node, &place);
-      const std::unique_ptr<void, Free> placeOwner(place);
-      for (std::uint32_t index = 0; index < size; ++index) {
-        plist_t child = nullptr;
-        plist_array_next_item(node, place, &child);
-        array.push_back(valueOf(child));
-      }
+      array.reserve(plist_array_get_size(node));
+      forEachItem(node, [&](plist_t child) { array.push_back(valueOf(child)); });
       return array;
     }
     case PLIST_DICT: {
@@ -206,6 +207,72 @@ Value valueOf(plist_t node) {
       break;
   }
   throw PropertyListError("an object is of an unknown type");
+}
+
+// Nodes to bytes.
+
+using Writer = BinaryPropertyListWriter;
+
+/// Adds a node with all below it.
+Writer::Object add(Writer& writer, plist_t node) {
+  switch (plist_get_node_type(node)) {
+    case PLIST_BOOLEAN: {
+      std::uint8_t boolean = 0;
+      plist_get_bool_val(node, &boolean);
+      return writer.addBoolean(boolean != 0);
+    }
+    case PLIST_UINT: {
+      std::uint64_t bits = 0;
+      plist_get_uint_val(node, &bits);
+      return isWideUnsigned(node, bits) ? writer.addWideUnsigned(bits)
+                                        : writer.addInteger(static_cast<std::int64_t>(bits));
+    }
+    case PLIST_REAL: {
+      double real = 0;
+      plist_get_real_val(node, &real);
+      return writer.addReal(real);
+    }
+    case PLIST_STRING:
+      return writer.addText(textOf(node));
+    case PLIST_DATA: {
+      std::uint64_t size = 0;
+      const char* bytes = plist_get_data_ptr(node, &size);
+      return writer.addData(bytes == nullptr ? std::string_view() : std::string_view(bytes, size));
+    }
+    case PLIST_DATE:
+      return writer.addDate(dateSeconds(node));
+    case PLIST_ARRAY: {
+      std::vector<Writer::Object> items;
+      forEachItem(node, [&](plist_t child) { items.push_back(add(writer, child)); });
+      return writer.addArray(items);
+    }
+    case PLIST_DICT: {
+      std::vector<Writer::Object> keys;
+      std::vector<Writer::Object> values;
+      forEachEntry(node, [&](const char* key, plist_t child) {
+        keys.push_back(writer.addText(key));
+        values.push_back(add(writer, child));
+      });
+      return writer.addDictionary(keys, values);
+    }
+    case PLIST_UID:
+      return writer.addUid(uidOf(node));
+    case PLIST_KEY:
+    case PLIST_NONE:
+      break;
+  }
+  throw PropertyListError("can't be written as a binary property list");
+}
+
+BinaryPropertyListPart partOf(plist_t node) {
+  Writer writer;
+  const Writer::Object top = add(writer, node);
+  return writer.finish(top);
+}
+
+EncodedPropertyList encoded(std::string bytes) {
+  checkPropertyListSize(bytes.size());
+  return EncodedPropertyList(std::move(bytes));
 }
 
 // Values to nodes.
@@ -456,7 +523,7 @@ Value parsePropertyList(std::string_view bytes) {
 
 EncodedPropertyList encodePropertyList(const Value& value) {
   checkStorable(value, 0);
-  return encode(nodeOf(value, nullptr).get());
+  return encoded(binaryPropertyList(partOf(nodeOf(value, nullptr).get())));
 }
 
 PropertyListDictionary::PropertyListDictionary() : root_(owned(plist_new_dict())) {}
@@ -476,14 +543,29 @@ void PropertyListDictionary::set(std::string_view key, const Value& value) {
   checkStorable(value, 1);
   Node node = nodeOf(value, entry(root_.get(), key));
   plist_dict_set_item(root_.get(), std::string(key).c_str(), node.release());
+  forget(key);
 }
 
 void PropertyListDictionary::remove(std::string_view key) {
+  forget(key);
   if (entry(root_.get(), key) != nullptr) plist_dict_remove_item(root_.get(), std::string(key).c_str());
 }
 
+void PropertyListDictionary::forget(std::string_view key) {
+  const auto part = parts_.find(key);
+  if (part != parts_.end()) parts_.erase(part);
+}
+
 EncodedPropertyList PropertyListDictionary::encode() const {
-  return linux::encode(root_.get());
+  std::vector<std::string> keys;
+  forEachEntry(root_.get(), [&](const char* key, plist_t child) {
+    keys.emplace_back(key);
+    if (!parts_.contains(keys.back())) parts_.emplace(keys.back(), partOf(child));
+  });
+  std::vector<std::pair<std::string_view, const BinaryPropertyListPart*>> entries;
+  entries.reserve(keys.size());
+  for (const std::string& key : keys) entries.emplace_back(key, &parts_.find(key)->second);
+  return encoded(binaryPropertyList(entries));
 }
 
 }  // namespace quellar::host::linux

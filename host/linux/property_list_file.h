@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
 
+#include "host/linux/property_list_binary.h"
 #include "host/linux/property_list_rules.h"
 #include "platform/value.h"
 
@@ -21,15 +25,11 @@ namespace quellar::host::linux {
 /// A property list in its binary form.
 class EncodedPropertyList {
  public:
-  EncodedPropertyList(char* bytes, std::uint32_t size) : bytes_(bytes), size_(size) {}
-  [[nodiscard]] std::string_view bytes() const { return {bytes_.get(), size_}; }
+  explicit EncodedPropertyList(std::string bytes) : bytes_(std::move(bytes)) {}
+  [[nodiscard]] std::string_view bytes() const { return bytes_; }
 
  private:
-  struct Free {
-    void operator()(char* bytes) const;
-  };
-  std::unique_ptr<char, Free> bytes_;
-  std::uint32_t size_;
+  std::string bytes_;
 };
 
 struct PropertyListNodeFree {
@@ -62,11 +62,16 @@ class PropertyListDictionary {
   /// Removes an entry if it is there.
   void remove(std::string_view key);
 
-  /// The binary form. Throws PropertyListError where it is larger than a file may be.
+  /// The binary form. Throws PropertyListError where it is larger than a file may be. What was not changed since the
+  /// last call is not encoded anew.
   [[nodiscard]] EncodedPropertyList encode() const;
 
  private:
+  void forget(std::string_view key);
+
   PropertyListNode root_;
+  /// Entries that were encoded before, by key.
+  mutable std::map<std::string, BinaryPropertyListPart, std::less<>> parts_;
 };
 
 }  // namespace quellar::host::linux

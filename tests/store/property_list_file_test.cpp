@@ -101,6 +101,67 @@ TEST(PropertyListFile, WritesTheBinaryFormAndReadsItBack) {
   EXPECT_EQ(parsePropertyList(encoded.bytes()), Value(kAllTypes));
 }
 
+TEST(PropertyListFile, WritesTheBytesOfTheFormatWithEqualScalarsOnce) {
+  const Value value =
+      Array{true, "same", Dictionary{{"same", -2}, {"ü", "😀"}}, 256, Data{{1}}, Date{1.0}, 0.5, "same"};
+  const std::vector<std::string> objects = {
+      "\x09",
+      "\x54same",
+      "\x13" + std::string(7, '\xFF') + "\xFE",
+      "\x61" + "\0\xFC"s,
+      "\x62\xD8\x3D\xDE\x00"s,
+      "\xD2\x01\x03\x02\x04",
+      "\x11\x01\x00"s,
+      "\x41\x01",
+      "\x33\x3F\xF0"s + std::string(6, '\0'),
+      "\x23\x3F\xE0"s + std::string(6, '\0'),
+      "\xA8\x00\x01\x05\x06\x07\x08\x09\x01"s,
+  };
+  std::string file = "bplist00";
+  std::string table;
+  for (const std::string& object : objects) {
+    table += static_cast<char>(file.size());
+    file += object;
+  }
+  const auto start = static_cast<char>(file.size());
+  file += table + std::string(6, '\0') + "\x01\x01" + std::string(7, '\0') + "\x0B" + std::string(7, '\0') + "\x0A" +
+          std::string(7, '\0') + start;
+  EXPECT_EQ(encodePropertyList(value).bytes(), file);
+}
+
+TEST(PropertyListFile, WritesCountsOffsetsAndReferencesOfAnyWidth) {
+  for (const int count : {14, 15, 255, 256, 257, 70000}) {
+    Dictionary dictionary;
+    for (int number = 0; number < count; ++number) {
+      dictionary["key" + std::to_string(number)] = std::string(static_cast<std::size_t>(number) % 300, 'x');
+    }
+    dictionary["array"] = Array(static_cast<std::size_t>(count), Value(count));
+    dictionary["text"] = repeated("ü", count);
+    EXPECT_EQ(parsePropertyList(encodePropertyList(dictionary).bytes()), Value(dictionary)) << count;
+  }
+}
+
+TEST(PropertyListFile, WritesADictionaryAnewAfterEachChange) {
+  PropertyListDictionary dictionary;
+  Dictionary expected;
+  const auto check = [&] { EXPECT_EQ(parsePropertyList(dictionary.encode().bytes()), Value(expected)); };
+  const auto set = [&](const std::string& key, const Value& value) {
+    dictionary.set(key, value);
+    expected[key] = value;
+    check();
+  };
+  check();
+  set("a", Dictionary{{"x", 1}, {"y", Array{"x", 1}}});
+  set("b", Dictionary{{"x", 1}});
+  set("a", Dictionary{{"x", 2}});
+  set("ü", "x");
+  dictionary.remove("b");
+  expected.erase("b");
+  check();
+  set("b", false);
+  for (int number = 0; number < 300; ++number) set("page" + std::to_string(number), Dictionary{{"x", number}});
+}
+
 TEST(PropertyListFile, ReadsXml) {
   const std::string document =
       xml("<dict><!-- a comment --><key>array</key><array><true/><integer>1</integer><real>1</real><string>1</string>"
