@@ -163,18 +163,26 @@ FocusScope {
                         border.width: item.activeFocus && grid.keyboardInUse ? 3 : 1
                         border.color: item.activeFocus && grid.keyboardInUse ? Theme.accent : "#14000000"
                     }
+                    // White has to be read on white glass too.
+                    Rectangle {
+                        anchors.fill: number
+                        anchors.margins: -3
+                        anchors.leftMargin: -10
+                        anchors.rightMargin: -10
+                        radius: Math.min(height / 2, grid.previews.corner)
+                        color: "#66000000"
+                    }
                     Text {
+                        id: number
+
                         anchors.centerIn: parent
-                        width: Math.min(implicitWidth, parent.width - 8)
+                        width: Math.min(implicitWidth, parent.width - 24)
                         text: item.label
                         color: "#ffffff"
                         font.pixelSize: Theme.text(20)
                         font.weight: Font.DemiBold
                         wrapMode: Text.Wrap
                         horizontalAlignment: Text.AlignHCenter
-                        // White has to be read on white glass too.
-                        style: Text.Outline
-                        styleColor: "#66000000"
                         Accessible.ignored: true
                     }
                     MouseArea {

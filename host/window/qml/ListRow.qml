@@ -28,7 +28,12 @@ FocusScope {
     property alias below: belowSlot.data
     property real belowHeight: 0
     property real leastLine: Theme.rowHeight
-    readonly property real lineHeight: Math.max(leastLine, labelText.implicitHeight + 2 * 13, trailingHeight + 2 * 8)
+    // What the label would take on one line.
+    readonly property alias labelWidth: labelLength.advanceWidth
+    // Where the label would have too little room beside what stands at its right, that goes under it.
+    property bool stacked: trailingWidth > 0 && room - 12 - trailingWidth < Math.min(labelWidth, room * 0.3)
+    readonly property real labelHeight: Math.max(leastLine, labelText.implicitHeight + 2 * 13)
+    readonly property real lineHeight: stacked ? labelHeight + trailingHeight + 8 : Math.max(labelHeight, trailingHeight + 2 * 8)
     readonly property real labelStart: iconColumn ? Theme.inset + Theme.iconSize + Theme.iconGap : Theme.inset
     // What label and control share.
     readonly property real room: card.width - labelStart - Theme.inset
@@ -106,14 +111,20 @@ FocusScope {
             Accessible.ignored: true
         }
 
+        TextMetrics {
+            id: labelLength
+
+            font.pixelSize: Theme.labelSize
+            text: row.label
+        }
         Text {
             id: labelText
 
-            y: (row.lineHeight - height) / 2
+            y: ((row.stacked ? row.labelHeight : row.lineHeight) - height) / 2
             anchors.left: parent.left
             anchors.leftMargin: row.labelStart
-            anchors.right: trailingSlot.left
-            anchors.rightMargin: row.trailingWidth > 0 ? 12 : 0
+            anchors.right: row.stacked ? trailingSlot.right : trailingSlot.left
+            anchors.rightMargin: row.trailingWidth > 0 && !row.stacked ? 12 : 0
             text: row.label
             color: row.labelColor
             opacity: row.rowEnabled ? 1 : 0.4
@@ -128,8 +139,9 @@ FocusScope {
 
             anchors.right: parent.right
             anchors.rightMargin: Theme.inset
+            y: row.stacked ? row.labelHeight - 8 : 0
             width: row.trailingWidth
-            height: row.lineHeight
+            height: row.lineHeight - y
             opacity: row.rowEnabled ? 1 : 0.4
         }
 

@@ -62,7 +62,7 @@ FocusScope {
             }
             function showSelected() {
                 if (beside && selectedIndex() >= 0)
-                    list.positionViewAtIndex(selectedIndex(), ListView.Contain);
+                    list.bringIn(selectedIndex());
             }
             function slideTo(target) {
                 slide.to = target;

@@ -180,10 +180,14 @@ FocusScope {
         function focusRow(index) {
             if (index < 0)
                 return;
-            // Far away there may be no item for it yet.
-            positionViewAtIndex(index, ListView.Contain);
-            follow(index);
+            bringIn(index);
+            currentIndex = index;
             forceActiveFocus(Qt.TabFocusReason);
+        }
+        // Makes a row to be seen that may be so far away that there is no item for it yet.
+        function bringIn(index) {
+            positionViewAtIndex(index, ListView.Contain);
+            reveal(index);
         }
         // The row that got the focus, from whom ever, is the current one and to be seen.
         function follow(index) {
