@@ -76,5 +76,6 @@ void addFirstFrame(Suite& suite);
 void addSwatch(Suite& suite);
 void addBackdrops(Suite& suite);
 void addDragFrames(Suite& suite);
+void addListFrames(Suite& suite);
 
 }  // namespace quellar::benches

@@ -89,6 +89,8 @@ class Album {
     files_.push_back(file);
     threads_.start([this, file, image] {
       QImageWriter writer(QString::fromStdString(file.string()), "png");
+      // To pack them well takes most of the time, and saves little.
+      writer.setCompression(20);
       if (writer.write(image)) return;
       const std::lock_guard guard(mutex_);
       trouble_ = file.string() + ": the picture can't be written";
