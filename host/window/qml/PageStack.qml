@@ -120,8 +120,10 @@ FocusScope {
             }
             Connections {
                 target: view.list
+                // Also while the page goes, when nothing is to wait for it any more.
                 function onCountChanged() {
-                    selection.restart();
+                    if (view.beside && !view.page.leaving)
+                        selection.restart();
                 }
             }
             // Once the rows have their places. A timer goes with its page, which a call put off does not.

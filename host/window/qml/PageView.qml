@@ -304,6 +304,14 @@ FocusScope {
             }
         }
 
+        // One for all rows: it goes to the one that has the focus.
+        FocusRing {
+            readonly property Item row: list.currentItem
+
+            parent: row && row.card ? row.card : list.contentItem
+            visible: list.keyboardInUse && row !== null && row.activeFocus
+        }
+
         delegate: DelegateChooser {
             role: "kind"
             DelegateChoice {

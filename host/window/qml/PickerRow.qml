@@ -8,7 +8,7 @@ ListRow {
     required property string text
 
     readonly property real textRoom: stacked ? room - chevron.width - 4 : besideRoom
-    readonly property real besideRoom: Math.max(room * 0.4, room - 12 - labelWidth) - chevron.width - 4
+    readonly property real besideRoom: Math.max(room * 0.4, room - 12 - labelLength.advanceWidth) - chevron.width - 4
 
     // Large texts would have to be broken within their words.
     stacked: Theme.textScale >= 1.5 && textLength.advanceWidth > besideRoom
@@ -36,6 +36,12 @@ ListRow {
             anchors.right: parent.right
             anchors.rightMargin: -4
             name: "chevron"
+        },
+        TextMetrics {
+            id: labelLength
+
+            font.pixelSize: Theme.labelSize
+            text: row.label
         },
         TextMetrics {
             id: textLength

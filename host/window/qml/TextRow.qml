@@ -12,7 +12,7 @@ ListRow {
 
     pressable: false
     trailingHeight: input.implicitHeight
-    trailingWidth: room - 12 - Math.min(Math.ceil(labelWidth), room * 0.45)
+    trailingWidth: room - 12 - Math.min(Math.ceil(labelLength.advanceWidth), room * 0.45)
     trailing: [
         TextInput {
             id: input
@@ -70,6 +70,12 @@ ListRow {
                 elide: Text.ElideRight
                 Accessible.ignored: true
             }
+        },
+        TextMetrics {
+            id: labelLength
+
+            font.pixelSize: Theme.labelSize
+            text: row.label
         }
     ]
 
