@@ -175,12 +175,16 @@ FocusScope {
 
                     property real last: 0
                     property bool outward: false
+                    // Where the page was when the finger took it, maybe on its way.
+                    property real from: 0
 
                     target: null
                     yAxis.enabled: false
                     onActiveChanged: {
                         if (active) {
                             slide.stop();
+                            from = view.shift;
+                            last = 0;
                         } else if (view.shift > 0.4 || (outward && view.shift > 0.1)) {
                             stack.navigation.back();
                         } else {
@@ -193,7 +197,7 @@ FocusScope {
                             return;
                         outward = along > last;
                         last = along;
-                        view.shift = Math.max(0, Math.min(1, along / view.width));
+                        view.shift = Math.max(0, Math.min(1, from + along / view.width));
                     }
                 }
             }

@@ -217,6 +217,15 @@ FocusScope {
             const lowest = originY + Math.max(0, contentHeight - height);
             contentY = Math.max(originY, Math.min(lowest, contentY + distance));
         }
+        function keep(place) {
+            if (place.top < 0)
+                return;
+            forceLayout();
+            positionViewAtIndex(place.top, ListView.Beginning);
+            scrollBy(place.offset);
+            if (activeFocus && currentIndex >= 0)
+                reveal(currentIndex);
+        }
         // A function of this list alone: of calls that wait for one and the same function only the last is made.
         function restoreOrder() {
             view.rowOrder.restore(contentItem);
@@ -254,6 +263,20 @@ FocusScope {
             height: 36
         }
         onCountChanged: Qt.callLater(start)
+        // Rows become higher or lower in a window of another width; the one at the top stays there.
+        onWidthChanged: if (count > 0 && !moving && !resettling.running) {
+            kept = view.place();
+            resettling.start();
+        }
+
+        property var kept: null
+
+        Timer {
+            id: resettling
+
+            interval: 0
+            onTriggered: list.keep(list.kept)
+        }
 
         // Rows off the window are made one after the other, and each comes behind all others.
         Connections {
