@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
   addSwatch(suite);
   addBackdrops(suite);
   addDragFrames(suite);
+  addListFrames(suite);
   Report report(suite);
   benchmark::RunSpecifiedBenchmarks(&report);
   benchmark::Shutdown();

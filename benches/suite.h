@@ -75,5 +75,6 @@ void addSwitchWrite(Suite& suite);
 void addSwatch(Suite& suite);
 void addBackdrops(Suite& suite);
 void addDragFrames(Suite& suite);
+void addListFrames(Suite& suite);
 
 }  // namespace quellar::benches

@@ -50,12 +50,15 @@ test_packages=(
   xvfb
 )
 
-# With the settings systems and windows that the panel is measured beside.
 bench_packages=(
+  libbenchmark-dev
+)
+
+# The settings systems and windows that the panel is measured beside, and what measures.
+peer_packages=(
   dconf-cli
   dconf-gsettings-backend
   dconf-service
-  libbenchmark-dev
   libglib2.0-bin
   libglib2.0-dev
   libkf5config-bin

@@ -11,6 +11,7 @@
 
 namespace quellar::host::window {
 
+using frame::Computed;
 using frame::Dependent;
 using frame::Link;
 using frame::PageRegistry;
@@ -20,15 +21,21 @@ using platform::Specifiers;
 
 namespace {
 
-void collectLinks(const std::vector<Row>& rows, std::vector<std::string>& classes) {
+void collectLinks(platform::Platform& platform, const std::vector<Row>& rows, std::vector<std::string>& classes) {
   for (const Row& row : rows) {
     if (const auto* link = std::get_if<Link>(&row.row)) classes.push_back(link->opens);
-    if (const auto* block = std::get_if<Dependent>(&row.row)) collectLinks(block->rows, classes);
+    if (const auto* block = std::get_if<Dependent>(&row.row)) collectLinks(platform, block->rows, classes);
+    // Which links a device has does not depend on what is stored.
+    if (const auto* computed = std::get_if<Computed>(&row.row)) {
+      const platform::Dictionary nothingStored;
+      collectLinks(platform, computed->rows({platform, nothingStored}), classes);
+    }
   }
 }
 
 // The classes that lead from one page to another, both included; only the first one where no links do.
-std::vector<std::string> chainOfLinks(const PageRegistry& pages, const std::string& from, const std::string& to) {
+std::vector<std::string> chainOfLinks(platform::Platform& platform, const PageRegistry& pages, const std::string& from,
+                                      const std::string& to) {
   std::map<std::string, std::string> cameFrom{{from, ""}};
   std::deque<std::string> waiting{from};
   while (!waiting.empty() && !cameFrom.contains(to)) {
@@ -37,7 +44,7 @@ std::vector<std::string> chainOfLinks(const PageRegistry& pages, const std::stri
     const auto* entry = pages.find(each);
     if (!entry) continue;
     std::vector<std::string> links;
-    collectLinks(entry->page->rows, links);
+    collectLinks(platform, entry->page->rows, links);
     for (const std::string& link : links) {
       if (cameFrom.emplace(link, each).second) waiting.push_back(link);
     }
@@ -80,11 +87,26 @@ std::optional<std::string> switchThatShows(const std::vector<Row>& rows, std::st
   return std::nullopt;
 }
 
+void collectKeysThatShowBlocks(const std::vector<Row>& rows, std::vector<std::string>& keys) {
+  for (const Row& row : rows) {
+    const auto* block = std::get_if<Dependent>(&row.row);
+    if (!block) continue;
+    if (!block->onlyInserted) keys.push_back(block->shownBy);
+    collectKeysThatShowBlocks(block->rows, keys);
+  }
+}
+
 }  // namespace
+
+std::vector<std::string> keysThatShowBlocks(const frame::Page& page) {
+  std::vector<std::string> keys;
+  collectKeysThatShowBlocks(page.rows, keys);
+  return keys;
+}
 
 void openPage(platform::Platform& platform, PageRegistry& pages, const PageRegistry::Entry& page) {
   const std::string& first = pages.entries().front().page->className;
-  const auto chain = chainOfLinks(pages, first, page.page->className);
+  const auto chain = chainOfLinks(platform, pages, first, page.page->className);
   for (const std::string& className : chain) {
     const auto& stack = platform.navigation.viewControllers();
     if (stack.size() != 1 || className != first || stack.front()->className() != first) push(platform, className);

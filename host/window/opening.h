@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "frame/page_registry.h"
 #include "platform/platform.h"
@@ -13,6 +14,9 @@ namespace quellar::host::window {
 /// Pushes the first page, unless it is there alone already, and then those that lead to a page by their links, each as
 /// a tap on its link would. A page that no link leads to is pushed right onto the first one.
 void openPage(platform::Platform& platform, frame::PageRegistry& pages, const frame::PageRegistry::Entry& page);
+
+/// The keys of the switches that show a page's blocks, from the outermost inwards.
+[[nodiscard]] std::vector<std::string> keysThatShowBlocks(const frame::Page& page);
 
 /// Opens the page on top anew, as a tap on its link would: it is another page then, which reads the store again.
 void reopenPage(platform::Platform& platform);

@@ -2,13 +2,18 @@
 #include "host/window/pictures.h"
 
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QGuiApplication>
 #include <QImage>
+#include <QImageWriter>
+#include <QKeyEvent>
 #include <QQuickItem>
 #include <QStyleHints>
+#include <QThreadPool>
+#include <QTimer>
 #include <algorithm>
 #include <array>
-#include <iostream>
+#include <mutex>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -16,12 +21,12 @@
 #include "cells/backdrop_picker.h"
 #include "frame/names.h"
 #include "host/window/opening.h"
+#include "host/window/sample_page.h"
+#include "host/window/sample_wallpaper.h"
 #include "host/window/settings_window.h"
 
 namespace quellar::host::window {
 
-using frame::Dependent;
-using frame::Row;
 using platform::Dictionary;
 using platform::Value;
 
@@ -35,6 +40,23 @@ struct Form {
 
 constexpr std::array kForms{Form{"phone", {390, 844}, Idiom::phone}, Form{"wide", {1180, 820}, Idiom::pad}};
 
+// Another way to show the same, of which a few pages give an idea.
+struct Manner {
+  const char* name = nullptr;
+  const char* language = nullptr;
+  int textSize = 100;
+};
+
+constexpr std::array kManners{Manner{"ar-XB", "ar-XB", 100}, Manner{"en-XA", "en-XA", 100},
+                              Manner{"large-text", nullptr, 200}};
+constexpr std::array kFewPages{"Quellar", "Status Bar", "Home Screen", "Icons"};
+
+Options inManner(Options options, const Manner& manner) {
+  if (manner.language) options.language = manner.language;
+  options.textSize = manner.textSize;
+  return options;
+}
+
 // "Status Bar" as a file name: "status-bar".
 std::string fileName(const std::string& pageName) {
   std::string name;
@@ -47,15 +69,6 @@ std::string fileName(const std::string& pageName) {
   return name;
 }
 
-void collectControllingKeys(const std::vector<Row>& rows, std::vector<std::string>& keys) {
-  for (const Row& row : rows) {
-    const auto* block = std::get_if<Dependent>(&row.row);
-    if (!block) continue;
-    if (!block->onlyInserted) keys.push_back(block->shownBy);
-    collectControllingKeys(block->rows, keys);
-  }
-}
-
 bool isLoading(const QQuickItem& item) {
   constexpr int kLoading = 2;  // QQuickImageBase::Loading
   if (item.inherits("QQuickImage") && item.property("status").toInt() == kLoading) return true;
@@ -63,18 +76,55 @@ bool isLoading(const QQuickItem& item) {
   return std::ranges::any_of(children, [](const QQuickItem* child) { return isLoading(*child); });
 }
 
-// All pictures in one form.
+// Writes pictures while the next ones are drawn: to pack one takes longer than to draw it.
+class Album {
+ public:
+  explicit Album(std::filesystem::path folder) : folder_(std::move(folder)) {}
+  Album(const Album&) = delete;
+  Album& operator=(const Album&) = delete;
+  ~Album() { threads_.waitForDone(); }
+
+  void add(const std::string& name, const QImage& image) {
+    const auto file = folder_ / (name + ".png");
+    files_.push_back(file);
+    threads_.start([this, file, image] {
+      QImageWriter writer(QString::fromStdString(file.string()), "png");
+      // To pack them well takes most of the time, and saves little.
+      writer.setCompression(20);
+      if (writer.write(image)) return;
+      const std::lock_guard guard(mutex_);
+      trouble_ = file.string() + ": the picture can't be written";
+    });
+  }
+  // Waits for all files, and returns them in the order in which they were added.
+  std::vector<std::filesystem::path> finish() {
+    threads_.waitForDone();
+    if (!trouble_.empty()) throw std::runtime_error(trouble_);
+    return std::move(files_);
+  }
+
+ private:
+  const std::filesystem::path folder_;
+  std::vector<std::filesystem::path> files_;
+  std::mutex mutex_;
+  std::string trouble_;
+  QThreadPool threads_;
+};
+
+// The pictures of one form, in one manner.
 class Studio {
  public:
-  Studio(const Options& options, const Form& form, double scale, std::filesystem::path folder)
-      : form_(form),
-        folder_(std::move(folder)),
+  // Takes what the names of the pictures end with.
+  Studio(const Options& options, const Form& form, double scale, std::string ending, Album& album)
+      : ending_(std::move(ending)),
+        album_(album),
         panel_({.deviceRoot = options.deviceRoot,
                 .language = options.language,
                 .idiom = options.idiom.value_or(form.idiom),
                 .scale = scale,
                 .width = static_cast<double>(form.size.width()),
                 .throwaway = true,
+                .wallpaperStandIn = sampleWallpaper,
                 .onTrouble = {}}),
         window_(panel_.navigation(), panel_.resources(), scale,
                 {.textScale = options.textSize / 100.0, .reducedMotion = true, .rightToLeft = panel_.isRightToLeft()}) {
@@ -82,21 +132,35 @@ class Studio {
     window_.window().requestActivate();
   }
 
-  std::vector<std::filesystem::path> takeAll() {
+  Studio(const Studio&) = delete;
+  Studio& operator=(const Studio&) = delete;
+  // The toolkit ends its animations by an event, and complains where that comes after their window has gone.
+  ~Studio() {
+    QEventLoop rest;
+    QTimer::singleShot(60, &rest, &QEventLoop::quit);
+    rest.exec();
+  }
+
+  void takeAll() {
     for (const auto& entry : panel_.pages().entries()) take(entry);
     takeBackdropPicker();
-    // The toolkit ends its animations by an event, and complains where that comes after their window has gone.
-    settle();
-    return std::move(files_);
+    takeSamples();
+    takeNotices();
+  }
+
+  void takeFew() {
+    for (const char* name : kFewPages) takeOpen(*panel_.pages().find(name));
+    takeBackdropPicker();
+    openSample(Sample::plain);
+    save("rows");
   }
 
  private:
   void take(const frame::PageRegistry::Entry& entry) {
     const std::string name = fileName(entry.name);
-    std::vector<std::string> keys;
-    collectControllingKeys(entry.page->rows, keys);
+    const auto keys = keysThatShowBlocks(*entry.page);
 
-    open(entry, keys, false);
+    open(entry, false);
     save(name);
     if (window_.navigation().top()->controller()->navigationItem().rightBarButtonItem()) {
       window_.navigation().pressBar("right");
@@ -106,17 +170,11 @@ class Studio {
       saveColorDialog(name);
       return;
     }
-    open(entry, keys, true);
-    window_.revealRow(QString::fromStdString(keys.front()));
-    save(name + "-open");
-    saveColorDialog(name);
+    takeOpen(entry);
     if (const int text = firstRow("text"); text >= 0) {
       QMetaObject::invokeMethod(&window_.window(), "revealRow", Q_ARG(QVariant, text));
+      window_.navigation().top()->rows()->setEditingText(text, "Quellar");
       save(name + "-typing");
-    }
-    if (const int slider = firstRow("typedSlider"); slider >= 0) {
-      window_.navigation().top()->rows()->enterValue(slider);
-      saveDialog(name + "-entry");
     }
     if (const int picker = firstRow("picker"); picker >= 0) {
       window_.navigation().top()->rows()->activate(picker);
@@ -128,22 +186,66 @@ class Studio {
     }
   }
 
+  // With its blocks, and the dialogs that they lead to.
+  void takeOpen(const frame::PageRegistry::Entry& entry) {
+    const std::string name = fileName(entry.name);
+    const auto keys = keysThatShowBlocks(*entry.page);
+    open(entry, true);
+    if (!keys.empty()) window_.revealRow(QString::fromStdString(keys.front()));
+    save(name + "-open");
+    saveColorDialog(name);
+    if (const int slider = firstRow("typedSlider"); slider >= 0) {
+      window_.navigation().top()->rows()->enterValue(slider);
+      saveDialog(name + "-entry");
+      window_.navigation().top()->rows()->enterValue(slider, "1000000");
+      window_.navigation().dialog()->accept();
+      saveDialog(name + "-refused");
+    }
+  }
+
   // It is no page of its own; a page opens it.
   void takeBackdropPicker() {
-    open(*panel_.pages().find("Notification Center"), {}, false);
+    open(*panel_.pages().find("Notification Center"), false);
     panel_.navigation().pushViewController(
         std::make_shared<cells::KVQuellarBackdropPickerViewController>(panel_.platform(), "style", "Picture_Defaults"));
     window_.navigation().settle();
     save("backdrop-styles");
+    press(Qt::Key_End);
+    save("backdrop-styles-end");
   }
 
-  void open(const frame::PageRegistry::Entry& entry, const std::vector<std::string>& keys, bool blocksOpen) {
+  void takeSamples() {
+    openSample(Sample::plain);
+    save("rows");
+    press(Qt::Key_Down);
+    save("rows-focus");
+    openSample(Sample::disabled);
+    save("rows-disabled");
+    openSample(Sample::lengthy);
+    save("rows-lengthy");
+  }
+
+  void takeNotices() {
+    const auto& entry = *panel_.pages().find("Dock");
+    open(entry, false);
+    panel_.throwaway()->setAppValue(entry.page->defaultsKey, Value(Dictionary{{"userDisablesBackgroundBlur", true}}),
+                                    frame::kSettingsDomain);
+    ElsewhereWatch& elsewhere = *panel_.resources().elsewhere;
+    elsewhere.checkSoon();
+    wait([&elsewhere] { return !elsewhere.changed(); });
+    save("notice");
+    open(entry, false);
+    window_.state().setTrouble("/mnt/device/com.vantorick.quellar2.plist: No space left on device");
+    save("trouble");
+    window_.state().setTrouble({});
+  }
+
+  void open(const frame::PageRegistry::Entry& entry, bool blocksOpen) {
     // The first page stays, where it has come to rest already.
     const bool isFirst = &entry == &panel_.pages().entries().front();
-    while (panel_.navigation().viewControllers().size() > (isFirst ? 0U : 1U)) {
-      panel_.navigation().popViewController(false);
-    }
+    popTo(isFirst ? 0 : 1);
     panel_.throwaway()->clear();
+    const auto keys = keysThatShowBlocks(*entry.page);
     if (!keys.empty()) {
       const auto stored = panel_.throwaway()->copyAppValue(entry.page->defaultsKey, frame::kSettingsDomain);
       const auto* dictionary = stored ? stored->as<Dictionary>() : nullptr;
@@ -155,20 +257,40 @@ class Studio {
     window_.navigation().settle();
   }
 
+  void openSample(Sample sample) {
+    popTo(1);
+    panel_.navigation().pushViewController(makeSamplePage(panel_.platform(), sample));
+    window_.navigation().settle();
+  }
+
+  void popTo(std::size_t depth) {
+    while (panel_.navigation().viewControllers().size() > depth) panel_.navigation().popViewController(false);
+  }
+
+  // Runs the event loop while it holds, a minute at the most.
+  template <typename Condition>
+  static void wait(const Condition& holds) {
+    QElapsedTimer clock;
+    clock.start();
+    do {
+      QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    } while (holds() && clock.elapsed() < 60000);
+  }
+
   // Lets the page come to rest: a title picture fades in some time after its page has come up, and some images are
   // drawn on other threads.
   void settle() {
-    QElapsedTimer clock;
-    clock.start();
-    const auto moving = [this] {
+    wait([this] {
       const PageModel* page = window_.navigation().top();
       const auto& title = page->controller()->navigationItem().titleView();
       return (title && title->alpha < 1) || isLoading(*window_.window().contentItem());
-    };
-    do {
-      QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    } while (moving() && clock.elapsed() < 60000);
+    });
     QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+  }
+
+  void press(Qt::Key key) {
+    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+    QCoreApplication::sendEvent(&window_.window(), &event);
   }
 
   // The first row of a kind on the page; -1 where there is none.
@@ -184,7 +306,12 @@ class Studio {
     if (row < 0) return;
     window_.navigation().top()->rows()->activate(row);
     const auto& dialog = panel_.navigation().dialog();
-    if (dialog && dialog->color && colorDialogs_.insert(dialog->color->showAlpha).second) save(pageName + "-color");
+    if (dialog && dialog->color && colorDialogs_.insert(dialog->color->showAlpha).second) {
+      window_.navigation().dialog()->color()->setProperty("hue", 200);
+      QMetaObject::invokeMethod(window_.navigation().dialog()->color(), "setShade", Q_ARG(double, 0.7),
+                                Q_ARG(double, 0.8));
+      save(pageName + "-color");
+    }
     panel_.navigation().dismiss();
   }
 
@@ -198,21 +325,15 @@ class Studio {
 
   void save(const std::string& name) {
     settle();
-    const auto file = folder_ / (name + "-" + form_.name + ".png");
-    const QImage image = window_.window().grabWindow();
-    if (image.isNull() || !image.save(QString::fromStdString(file.string()))) {
-      throw std::runtime_error(file.string() + ": the picture can't be written");
-    }
-    files_.push_back(file);
+    album_.add(name + ending_, window_.window().grabWindow());
   }
 
-  const Form& form_;
-  std::filesystem::path folder_;
+  const std::string ending_;
+  Album& album_;
   WindowPlatform panel_;
   SettingsWindow window_;
   std::set<std::string> dialogs_;
   std::set<bool> colorDialogs_;
-  std::vector<std::filesystem::path> files_;
 };
 
 }  // namespace
@@ -223,12 +344,16 @@ std::vector<std::filesystem::path> writePictures(const Options& options, const s
   if (error) throw std::runtime_error(folder.string() + ": " + error.message());
   // A cursor that blinks would not be in every picture.
   QGuiApplication::styleHints()->setCursorFlashTime(0);
-  std::vector<std::filesystem::path> files;
+  const double scale = options.scale.value_or(kPictureScale);
+  Album album(folder);
   for (const Form& form : kForms) {
-    auto taken = Studio(options, form, options.scale.value_or(kPictureScale), folder).takeAll();
-    files.insert(files.end(), taken.begin(), taken.end());
+    const std::string ending = std::string("-") + form.name;
+    Studio(options, form, scale, ending, album).takeAll();
+    for (const Manner& manner : kManners) {
+      Studio(inManner(options, manner), form, scale, std::string("-") + manner.name + ending, album).takeFew();
+    }
   }
-  return files;
+  return album.finish();
 }
 
 }  // namespace quellar::host::window

@@ -185,7 +185,8 @@ std::optional<QImage> read(const linux::DeviceRoot& root, const Path& path, QSiz
 
 }  // namespace
 
-QImage wallpaperFilling(const linux::DeviceRoot& root, QSize pixels, const WallpaperReport& report) {
+QImage wallpaperFilling(const linux::DeviceRoot& root, QSize pixels, const WallpaperReport& report,
+                        const WallpaperStandIn& standIn) {
   QImage ground(pixels.expandedTo(QSize(1, 1)), QImage::Format_RGB32);
   ground.fill(kNoWallpaper);
   Path path = cells::KVQuellarBackdropPickerCollectionView::kWallpaperPath;
@@ -195,12 +196,12 @@ QImage wallpaperFilling(const linux::DeviceRoot& root, QSize pixels, const Wallp
       const auto wallpaper = read(root, path, ground.size());
       if (!wallpaper) continue;
       QPainter(&ground).drawImage(0, 0, *wallpaper);
-      break;
+      return ground;
     } catch (const FileError& error) {
       if (report) report(error.what());
     }
   }
-  return ground;
+  return standIn ? standIn(ground.size()) : ground;
 }
 
 }  // namespace quellar::host::window

@@ -8,7 +8,6 @@
 
 #include "frame/names.h"
 #include "host/window/opening.h"
-#include "host/window/wallpaper.h"
 #include "pages/registry.h"
 
 namespace quellar::host::window {
@@ -57,6 +56,7 @@ WindowPlatform::WindowPlatform(const WindowPlatformOptions& options)
                  .language = options.language,
                  .onTrouble = options.onTrouble,
                  .useBus = !options.throwaway}),
+      wallpaperStandIn_(options.wallpaperStandIn),
       throwaway_(options.throwaway ? std::make_unique<ThrowawayPreferences>(services_.preferences) : nullptr),
       busNotifier_(services_.bus.descriptor(), QSocketNotifier::Read),
       device_(options.idiom, options.scale, options.width),
@@ -90,7 +90,7 @@ WindowResources WindowPlatform::resources() {
         services_.bundles.localizedString(linux::kSettingsBundlePath, english, english, "Window"));
   };
   const auto wallpaper = [this](QSize pixels) {
-    return wallpaperFilling(services_.deviceRoot, pixels, linux::reportToSystemLog);
+    return wallpaperFilling(services_.deviceRoot, pixels, linux::reportToSystemLog, wallpaperStandIn_);
   };
   const auto reopenPage = [this] { window::reopenPage(platform_); };
   return {

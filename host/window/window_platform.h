@@ -13,6 +13,7 @@
 #include "host/window/elsewhere_watch.h"
 #include "host/window/qt_main_queue.h"
 #include "host/window/seen_preferences.h"
+#include "host/window/wallpaper.h"
 #include "host/window/window_resources.h"
 #include "platform/navigation_controller.h"
 #include "platform/platform.h"
@@ -64,6 +65,8 @@ struct WindowPlatformOptions {
   double width = 390;
   /// Values are kept in memory and notifications stay in the process.
   bool throwaway = false;
+  /// What stands for the wallpaper of a device without one; grey where it is empty.
+  WallpaperStandIn wallpaperStandIn = {};
   /// Is told of troubles of the store, maybe on another thread.
   linux::FilePreferences::TroubleListener onTrouble;
 };
@@ -88,6 +91,7 @@ class WindowPlatform {
 
  private:
   linux::Services services_;
+  const WallpaperStandIn wallpaperStandIn_;
   std::unique_ptr<ThrowawayPreferences> throwaway_;
   QSocketNotifier busNotifier_;
   platform::NotificationCenter notifications_;

@@ -31,10 +31,15 @@ FocusScope {
         scroller.contentY = Math.max(0, Math.min(lowest, top));
     }
 
-    onItemWidthChanged: if (drawnWidth > 0)
-        rest.restart();
-    else if (itemWidth > 0)
-        drawnWidth = itemWidth
+    // Until the page has found its place, nothing is drawn for the widths on the way.
+    property bool placed: false
+
+    onItemWidthChanged: if (placed)
+        rest.restart()
+    Component.onCompleted: Qt.callLater(() => {
+        placed = true;
+        drawnWidth = itemWidth;
+    })
 
     Timer {
         id: rest
@@ -141,7 +146,19 @@ FocusScope {
                         radius: grid.previews.corner
                         color: "#808080"
                     }
+                    // What was drawn last, for as long as it is drawn anew.
                     Image {
+                        id: kept
+
+                        anchors.fill: parent
+                        Accessible.ignored: true
+                    }
+                    Image {
+                        onStatusChanged: if (status === Image.Ready) {
+                            kept.sourceSize = sourceSize;
+                            kept.source = source;
+                        }
+
                         anchors.fill: parent
                         sourceSize: Qt.size(Math.round(grid.drawnWidth * Screen.devicePixelRatio), Math.round(grid.previews.itemHeight * Screen.devicePixelRatio))
                         source: grid.drawnWidth > 0 ? item.preview : ""
@@ -163,18 +180,26 @@ FocusScope {
                         border.width: item.activeFocus && grid.keyboardInUse ? 3 : 1
                         border.color: item.activeFocus && grid.keyboardInUse ? Theme.accent : "#14000000"
                     }
+                    // White has to be read on white glass too.
+                    Rectangle {
+                        anchors.fill: number
+                        anchors.margins: -3
+                        anchors.leftMargin: -10
+                        anchors.rightMargin: -10
+                        radius: Math.min(height / 2, grid.previews.corner)
+                        color: "#66000000"
+                    }
                     Text {
+                        id: number
+
                         anchors.centerIn: parent
-                        width: Math.min(implicitWidth, parent.width - 8)
+                        width: Math.min(implicitWidth, parent.width - 24)
                         text: item.label
                         color: "#ffffff"
                         font.pixelSize: Theme.text(20)
                         font.weight: Font.DemiBold
                         wrapMode: Text.Wrap
                         horizontalAlignment: Text.AlignHCenter
-                        // White has to be read on white glass too.
-                        style: Text.Outline
-                        styleColor: "#66000000"
                         Accessible.ignored: true
                     }
                     MouseArea {

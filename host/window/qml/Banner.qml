@@ -24,18 +24,21 @@ FocusScope {
 
         x: Theme.sideInset(banner.width)
         width: banner.width - 2 * x
-        height: Math.max(Theme.target, label.implicitHeight + 20, button.visible ? button.implicitHeight : 0)
+        height: stacked ? label.implicitHeight + 10 + button.implicitHeight : Math.max(Theme.target, label.implicitHeight + 20, button.visible ? button.implicitHeight : 0)
         radius: Theme.corner
         color: banner.ground
+
+        // The offer stands under the line where it would leave too little room for it.
+        readonly property bool stacked: button.visible && button.wholeWidth > width * 0.45
 
         Text {
             id: label
 
-            anchors.verticalCenter: parent.verticalCenter
+            y: card.stacked ? 10 : (parent.height - height) / 2
             anchors.left: parent.left
             anchors.leftMargin: Theme.inset
-            anchors.right: button.visible ? button.left : parent.right
-            anchors.rightMargin: button.visible ? 8 : Theme.inset
+            anchors.right: button.visible && !card.stacked ? button.left : parent.right
+            anchors.rightMargin: button.visible && !card.stacked ? 8 : Theme.inset
             text: banner.text
             textFormat: Text.PlainText
             color: banner.textColor
@@ -55,12 +58,12 @@ FocusScope {
 
             visible: banner.visible && banner.action !== ""
             focus: true
-            anchors.verticalCenter: parent.verticalCenter
+            y: card.stacked ? parent.height - height : (parent.height - height) / 2
             anchors.right: parent.right
             anchors.rightMargin: 8
             title: banner.action
             done: true
-            longest: card.width * 0.4
+            longest: card.width - 16
             keyboardInUse: banner.keyboardInUse
             onTapped: banner.acted()
         }

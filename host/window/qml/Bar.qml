@@ -118,7 +118,9 @@ Item {
 
             anchors.centerIn: parent
             visible: title.pictured
+            // Between two long buttons it is smaller.
             height: 30
+            width: Math.max(0, Math.min(implicitWidth, title.room))
             sourceSize.height: Math.round(height * Screen.devicePixelRatio)
             fillMode: Image.PreserveAspectFit
             source: title.pictured ? bar.page.titleImage + (bar.page.titleImageIsTemplate ? "/" + Theme.hex(Theme.title) : "") : ""

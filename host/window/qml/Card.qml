@@ -14,17 +14,12 @@ Item {
         radius: card.first || card.last ? Theme.corner : 0
         color: card.color
     }
+    // Makes the corners at one end square, where the card goes on.
     Rectangle {
-        visible: !card.first && card.last
+        visible: card.first !== card.last
+        y: card.first ? parent.height - height : 0
         width: parent.width
         height: Theme.corner
-        color: card.color
-    }
-    Rectangle {
-        visible: card.first && !card.last
-        width: parent.width
-        height: Theme.corner
-        anchors.bottom: parent.bottom
         color: card.color
     }
 }

@@ -447,7 +447,7 @@ FocusScope {
         color: Theme.quiet
         font.pixelSize: Theme.smallSize
         horizontalAlignment: Text.AlignHCenter
-        elide: Text.ElideRight
+        wrapMode: Text.Wrap
         Accessible.ignored: true
     }
 

@@ -28,14 +28,27 @@ FocusScope {
         const at = stops.findIndex(stop => stop.activeFocus);
         const next = at < 0 ? (step > 0 ? 0 : stops.length - 1) : (at + step + stops.length) % stops.length;
         stops[next].forceActiveFocus(Qt.TabFocusReason);
+        reveal(stops[next]);
+    }
+    // Scrolls to what has the focus, where the window is too low for all of the dialog.
+    function reveal(item) {
+        // The buttons do not scroll.
+        if (!entry.stops().includes(item))
+            return;
+        const top = item.mapToItem(scroller.contentItem, 0, 0).y;
+        const lowest = Math.max(0, scroller.contentHeight - scroller.height);
+        scroller.contentY = Math.max(0, Math.min(lowest, top - 12, Math.max(scroller.contentY, top + item.height + 20 - scroller.height)));
     }
     function start() {
-        if (dialog.hasField)
+        scroller.contentY = 0;
+        if (dialog.hasField) {
             entry.start();
-        else if (buttons.count > 0)
+            reveal(entry.stops()[0]);
+        } else if (buttons.count > 0) {
             buttons.itemAt(buttons.count - 1).forceActiveFocus();
-        else
+        } else {
             panel.forceActiveFocus();
+        }
     }
 
     visible: presence > 0
@@ -113,6 +126,7 @@ FocusScope {
         visible: !colorPanel.active
 
         readonly property real breadth: Math.min(overlay.width - 20, overlay.popover ? 320 : 420)
+        readonly property real highest: overlay.height - Qt.inputMethod.keyboardRectangle.height - 20 - (overlay.popover ? overlay.anchorPoint.y : 0)
 
         width: breadth
         height: column.height
@@ -140,73 +154,90 @@ FocusScope {
 
             width: parent.width
 
+            // What is said scrolls where the window is too low for all of it; the buttons stay.
             Item {
                 width: parent.width
-                height: texts.height + 40
+                height: Math.min(scroller.contentHeight, Math.max(Theme.target, panel.highest - choices.height))
 
                 Card {
                     anchors.fill: parent
                     last: false
                 }
-                Column {
-                    id: texts
+                Flickable {
+                    id: scroller
 
-                    x: 20
-                    y: 20
-                    width: parent.width - 40
-                    spacing: 6
+                    anchors.fill: parent
+                    contentHeight: texts.height + 40
+                    clip: interactive
+                    interactive: contentHeight > height
+                    boundsBehavior: Flickable.StopAtBounds
 
-                    Text {
-                        width: parent.width
-                        text: overlay.dialog.title
-                        color: Theme.title
-                        font.pixelSize: Theme.titleSize
-                        font.weight: Font.DemiBold
-                        wrapMode: Text.Wrap
-                        horizontalAlignment: Text.AlignHCenter
-                        Accessible.ignored: true
-                    }
-                    Text {
-                        width: parent.width
-                        visible: text !== ""
-                        text: overlay.dialog.message
-                        color: Theme.quiet
-                        font.pixelSize: Theme.text(14)
-                        lineHeight: 1.3
-                        wrapMode: Text.Wrap
-                        horizontalAlignment: Text.AlignHCenter
-                        Accessible.ignored: true
-                    }
-                    DialogEntry {
-                        id: entry
+                    Column {
+                        id: texts
 
-                        width: parent.width
-                        visible: overlay.dialog.hasField
-                        dialog: overlay.dialog
-                        keyboardInUse: overlay.keyboardInUse
+                        x: 20
+                        y: 20
+                        width: parent.width - 40
+                        spacing: 6
+
+                        Text {
+                            width: parent.width
+                            text: overlay.dialog.title
+                            color: Theme.title
+                            font.pixelSize: Theme.titleSize
+                            font.weight: Font.DemiBold
+                            wrapMode: Text.Wrap
+                            horizontalAlignment: Text.AlignHCenter
+                            Accessible.ignored: true
+                        }
+                        Text {
+                            width: parent.width
+                            visible: text !== ""
+                            text: overlay.dialog.message
+                            color: Theme.quiet
+                            font.pixelSize: Theme.text(14)
+                            lineHeight: 1.3
+                            wrapMode: Text.Wrap
+                            horizontalAlignment: Text.AlignHCenter
+                            Accessible.ignored: true
+                        }
+                        DialogEntry {
+                            id: entry
+
+                            width: parent.width
+                            visible: overlay.dialog.hasField
+                            dialog: overlay.dialog
+                            keyboardInUse: overlay.keyboardInUse
+                        }
                     }
                 }
             }
 
             // The cancel button of a sheet stands last and apart, wherever the dialog lists it.
-            Repeater {
-                id: buttons
+            Column {
+                id: choices
 
-                model: overlay.ordered
+                width: parent.width
 
-                DialogButton {
-                    required property var modelData
-                    required property int index
+                Repeater {
+                    id: buttons
 
-                    width: column.width
-                    title: modelData.title
-                    style: modelData.style
-                    apart: overlay.sheet && modelData.style === "cancel"
-                    first: apart
-                    last: apart || index === buttons.count - 1 || (overlay.sheet && overlay.ordered[index + 1].style === "cancel")
-                    keyboardInUse: overlay.keyboardInUse
-                    focus: index === buttons.count - 1
-                    onTapped: overlay.dialog.press(modelData.place)
+                    model: overlay.ordered
+
+                    DialogButton {
+                        required property var modelData
+                        required property int index
+
+                        width: column.width
+                        title: modelData.title
+                        style: modelData.style
+                        apart: overlay.sheet && modelData.style === "cancel"
+                        first: apart
+                        last: apart || index === buttons.count - 1 || (overlay.sheet && overlay.ordered[index + 1].style === "cancel")
+                        keyboardInUse: overlay.keyboardInUse
+                        focus: index === buttons.count - 1
+                        onTapped: overlay.dialog.press(modelData.place)
+                    }
                 }
             }
         }

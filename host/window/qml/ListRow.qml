@@ -20,16 +20,21 @@ FocusScope {
     property bool pressable: true
     // The row stands for the page that is shown beside it.
     property bool selected: false
-    property bool focusVisible: row.activeFocus && row.list && row.list.keyboardInUse
+    readonly property alias card: card
     property alias trailing: trailingSlot.data
     property real trailingWidth: 0
     property real trailingHeight: 0
-    // What stands under the label, over the whole width.
-    property alias below: belowSlot.data
+    // What stands under the label, and the room that it takes.
+    property alias below: card.data
     property real belowHeight: 0
     property real leastLine: Theme.rowHeight
-    readonly property real lineHeight: Math.max(leastLine, labelText.implicitHeight + 2 * 13, trailingHeight + 2 * 8)
+    // What stands at the right of the label goes under it, where a row kind finds that it leaves too little room.
+    property bool stacked: false
+    readonly property real labelHeight: Math.max(leastLine, labelText.implicitHeight + 2 * 13)
+    readonly property real lineHeight: stacked ? labelHeight + trailingHeight + 8 : Math.max(labelHeight, trailingHeight + 2 * 8)
     readonly property real labelStart: iconColumn ? Theme.inset + Theme.iconSize + Theme.iconGap : Theme.inset
+    // Where what they share begins at the left, in either direction of the text.
+    readonly property real labelX: LayoutMirroring.enabled ? Theme.inset : labelStart
     // What label and control share.
     readonly property real room: card.width - labelStart - Theme.inset
 
@@ -73,14 +78,10 @@ FocusScope {
         color: area.pressed && row.pressable ? Theme.pressed : row.selected ? Theme.selected : Theme.card
 
         Behavior on color {
-            // A touch that begins a scroll should not light the row up.
-            SequentialAnimation {
-                PauseAnimation {
-                    duration: area.pressed ? 40 : 0
-                }
-                ColorAnimation {
-                    duration: area.pressed ? 0 : Theme.quick
-                }
+            // Slow to begin, so that a touch that begins a scroll does not light the row up.
+            ColorAnimation {
+                duration: area.pressed ? 60 : Theme.quick
+                easing.type: area.pressed ? Easing.InCubic : Easing.Linear
             }
         }
 
@@ -109,11 +110,11 @@ FocusScope {
         Text {
             id: labelText
 
-            y: (row.lineHeight - height) / 2
+            y: ((row.stacked ? row.labelHeight : row.lineHeight) - height) / 2
             anchors.left: parent.left
             anchors.leftMargin: row.labelStart
-            anchors.right: trailingSlot.left
-            anchors.rightMargin: row.trailingWidth > 0 ? 12 : 0
+            anchors.right: row.stacked ? trailingSlot.right : trailingSlot.left
+            anchors.rightMargin: row.trailingWidth > 0 && !row.stacked ? 12 : 0
             text: row.label
             color: row.labelColor
             opacity: row.rowEnabled ? 1 : 0.4
@@ -128,20 +129,9 @@ FocusScope {
 
             anchors.right: parent.right
             anchors.rightMargin: Theme.inset
+            y: row.stacked ? row.labelHeight - 8 : 0
             width: row.trailingWidth
-            height: row.lineHeight
-            opacity: row.rowEnabled ? 1 : 0.4
-        }
-
-        Item {
-            id: belowSlot
-
-            y: row.lineHeight
-            anchors.left: parent.left
-            anchors.leftMargin: row.labelStart
-            anchors.right: parent.right
-            anchors.rightMargin: Theme.inset
-            height: row.belowHeight
+            height: row.lineHeight - y
             opacity: row.rowEnabled ? 1 : 0.4
         }
 
@@ -153,10 +143,6 @@ FocusScope {
             anchors.leftMargin: row.labelStart
             height: 1 / Screen.devicePixelRatio
             color: Theme.hairline
-        }
-
-        FocusRing {
-            visible: row.focusVisible
         }
     }
 }

@@ -62,7 +62,7 @@ FocusScope {
             }
             function showSelected() {
                 if (beside && selectedIndex() >= 0)
-                    list.positionViewAtIndex(selectedIndex(), ListView.Contain);
+                    list.bringIn(selectedIndex());
             }
             function slideTo(target) {
                 slide.to = target;
@@ -120,8 +120,10 @@ FocusScope {
             }
             Connections {
                 target: view.list
+                // Also while the page goes, when nothing is to wait for it any more.
                 function onCountChanged() {
-                    selection.restart();
+                    if (view.beside && !view.page.leaving)
+                        selection.restart();
                 }
             }
             // Once the rows have their places. A timer goes with its page, which a call put off does not.
@@ -173,12 +175,16 @@ FocusScope {
 
                     property real last: 0
                     property bool outward: false
+                    // Where the page was when the finger took it, maybe on its way.
+                    property real from: 0
 
                     target: null
                     yAxis.enabled: false
                     onActiveChanged: {
                         if (active) {
                             slide.stop();
+                            from = view.shift;
+                            last = 0;
                         } else if (view.shift > 0.4 || (outward && view.shift > 0.1)) {
                             stack.navigation.back();
                         } else {
@@ -191,7 +197,7 @@ FocusScope {
                             return;
                         outward = along > last;
                         last = along;
-                        view.shift = Math.max(0, Math.min(1, along / view.width));
+                        view.shift = Math.max(0, Math.min(1, from + along / view.width));
                     }
                 }
             }

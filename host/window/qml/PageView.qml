@@ -180,10 +180,14 @@ FocusScope {
         function focusRow(index) {
             if (index < 0)
                 return;
-            // Far away there may be no item for it yet.
-            positionViewAtIndex(index, ListView.Contain);
-            follow(index);
+            bringIn(index);
+            currentIndex = index;
             forceActiveFocus(Qt.TabFocusReason);
+        }
+        // Makes a row to be seen that may be so far away that there is no item for it yet.
+        function bringIn(index) {
+            positionViewAtIndex(index, ListView.Contain);
+            reveal(index);
         }
         // The row that got the focus, from whom ever, is the current one and to be seen.
         function follow(index) {
@@ -212,6 +216,15 @@ FocusScope {
             cancelFlick();
             const lowest = originY + Math.max(0, contentHeight - height);
             contentY = Math.max(originY, Math.min(lowest, contentY + distance));
+        }
+        function keep(place) {
+            if (place.top < 0)
+                return;
+            forceLayout();
+            positionViewAtIndex(place.top, ListView.Beginning);
+            scrollBy(place.offset);
+            if (activeFocus && currentIndex >= 0)
+                reveal(currentIndex);
         }
         // A function of this list alone: of calls that wait for one and the same function only the last is made.
         function restoreOrder() {
@@ -250,6 +263,20 @@ FocusScope {
             height: 36
         }
         onCountChanged: Qt.callLater(start)
+        // Rows become higher or lower in a window of another width; the one at the top stays there.
+        onWidthChanged: if (count > 0 && !moving && !resettling.running) {
+            kept = view.place();
+            resettling.start();
+        }
+
+        property var kept: null
+
+        Timer {
+            id: resettling
+
+            interval: 0
+            onTriggered: list.keep(list.kept)
+        }
 
         // Rows off the window are made one after the other, and each comes behind all others.
         Connections {
@@ -298,6 +325,14 @@ FocusScope {
                 to: 1
                 duration: Theme.move * 0.5
             }
+        }
+
+        // One for all rows: it goes to the one that has the focus.
+        FocusRing {
+            readonly property Item row: list.currentItem
+
+            parent: row && row.card ? row.card : list.contentItem
+            visible: list.keyboardInUse && row !== null && row.activeFocus
         }
 
         delegate: DelegateChooser {

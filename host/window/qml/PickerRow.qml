@@ -7,8 +7,11 @@ ListRow {
 
     required property string text
 
-    readonly property real textRoom: Math.max(room * 0.4, room - 12 - labelLength.advanceWidth) - chevron.width - 4
+    readonly property real textRoom: stacked ? room - chevron.width - 4 : besideRoom
+    readonly property real besideRoom: Math.max(room * 0.4, room - 12 - labelLength.advanceWidth) - chevron.width - 4
 
+    // Large texts would have to be broken within their words.
+    stacked: Theme.textScale >= 1.5 && textLength.advanceWidth > besideRoom
     trailingWidth: chevron.width + (text === "" ? 0 : chosen.width + 4)
     trailingHeight: chosen.implicitHeight
     trailing: [
@@ -23,8 +26,6 @@ ListRow {
             color: Theme.quiet
             font.pixelSize: Theme.labelSize
             wrapMode: Text.Wrap
-            maximumLineCount: 3
-            elide: Text.ElideRight
             horizontalAlignment: Text.AlignRight
             Accessible.ignored: true
         },
@@ -41,6 +42,12 @@ ListRow {
 
             font.pixelSize: Theme.labelSize
             text: row.label
+        },
+        TextMetrics {
+            id: textLength
+
+            font.pixelSize: Theme.labelSize
+            text: row.text
         }
     ]
 

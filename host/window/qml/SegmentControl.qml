@@ -10,7 +10,7 @@ Item {
 
     readonly property bool stacked: titles.length * (widestOf(titles, metrics.font.pixelSize) + 20) > width - 4
     readonly property Item chosenItem: chosen >= 0 && chosen < choices.count ? choices.itemAt(chosen) : null
-    readonly property real choiceHeight: Math.max(stacked ? Theme.target : 34, metrics.height + 14)
+    readonly property real choiceHeight: Math.max(34, metrics.height + 14)
     // The first look is not a change.
     property bool ready: false
 
@@ -41,7 +41,7 @@ Item {
         x: control.chosenItem ? grid.x + control.chosenItem.x : 0
         y: control.chosenItem ? grid.y + control.chosenItem.y : 0
         width: control.chosenItem ? control.chosenItem.width : 0
-        height: control.choiceHeight
+        height: control.chosenItem ? control.chosenItem.height : 0
         radius: 8
         color: Theme.card
         border.width: 1
@@ -76,7 +76,7 @@ Item {
                 readonly property bool isChosen: index === control.chosen
 
                 width: (control.width - 4) / grid.columns
-                height: control.choiceHeight
+                height: control.stacked ? Math.max(Theme.target, title.contentHeight + 20) : control.choiceHeight
 
                 Accessible.ignored: !visible
                 Accessible.role: Accessible.RadioButton
@@ -87,6 +87,8 @@ Item {
                 Accessible.onToggleAction: control.picked(index)
 
                 Text {
+                    id: title
+
                     anchors.centerIn: parent
                     width: parent.width - 8
                     horizontalAlignment: Text.AlignHCenter
@@ -95,7 +97,7 @@ Item {
                     opacity: area.pressed ? 0.5 : 1
                     font.pixelSize: metrics.font.pixelSize
                     font.weight: choice.isChosen ? Font.DemiBold : Font.Normal
-                    elide: Text.ElideRight
+                    wrapMode: control.stacked ? Text.Wrap : Text.NoWrap
                     Accessible.ignored: true
                 }
                 MouseArea {

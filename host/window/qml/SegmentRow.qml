@@ -24,8 +24,11 @@ ListRow {
     below: SegmentControl {
         id: control
 
-        width: parent.width
+        x: row.labelX
+        y: row.lineHeight
+        width: row.room
         height: implicitHeight
+        opacity: row.rowEnabled ? 1 : 0.4
         titles: row.titles
         chosen: row.chosen
         enabled: row.rowEnabled

@@ -112,8 +112,10 @@ ListRow {
         SliderTrack {
             id: track
 
-            y: 2
-            width: parent.width
+            x: row.labelX
+            y: row.lineHeight + 2
+            width: row.room
+            opacity: row.rowEnabled ? 1 : 0.4
             level: row.level
             minimum: row.minimum
             maximum: row.maximum
@@ -130,8 +132,10 @@ ListRow {
         Text {
             id: footnoteText
 
-            y: 34
-            width: parent.width
+            x: row.labelX
+            y: row.lineHeight + 34
+            width: row.room
+            opacity: row.rowEnabled ? 1 : 0.4
             text: row.footnote
             color: Theme.quiet
             font.pixelSize: Theme.smallSize

@@ -40,6 +40,7 @@ ListRow {
     }
 
     pressable: false
+    stacked: room - 12 - trailingWidth < room * 0.3
     trailingWidth: ground.width + (text === "" ? 0 : number.implicitWidth + 14)
     trailingHeight: ground.height
     trailing: [

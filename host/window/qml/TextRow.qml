@@ -12,7 +12,7 @@ ListRow {
 
     pressable: false
     trailingHeight: input.implicitHeight
-    trailingWidth: room - 12 - Math.min(Math.ceil(labelWidth.advanceWidth), room * 0.45)
+    trailingWidth: room - 12 - Math.min(Math.ceil(labelLength.advanceWidth), room * 0.45)
     trailing: [
         TextInput {
             id: input
@@ -62,6 +62,7 @@ ListRow {
                 anchors.fill: parent
                 visible: input.text === "" && input.preeditText === ""
                 verticalAlignment: Text.AlignVCenter
+                horizontalAlignment: Text.AlignLeft
                 text: row.placeholder
                 color: Theme.quiet
                 opacity: 0.8
@@ -71,7 +72,7 @@ ListRow {
             }
         },
         TextMetrics {
-            id: labelWidth
+            id: labelLength
 
             font.pixelSize: Theme.labelSize
             text: row.label
