@@ -13,6 +13,7 @@
 #include <limits>
 #include <new>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -442,6 +443,20 @@ Node parse(std::string_view bytes) {
   return XmlPropertyList(bytes).read();
 }
 
+/// A binary file may hold a key twice. Which one the library finds depends on the number of entries, and what it
+/// removes uncovers the other: as in XML, the last one alone is kept.
+void keepLastOfRepeatedKeys(Node& dictionary) {
+  std::unordered_set<std::string> keys;
+  bool repeated = false;
+  forEachEntry(dictionary.get(), [&](const char* key, plist_t) { repeated |= !keys.insert(key).second; });
+  if (!repeated) return;
+  Node kept = owned(plist_new_dict());
+  forEachEntry(dictionary.get(), [&](const char* key, plist_t child) {
+    plist_dict_set_item(kept.get(), key, owned(plist_copy(child)).release());
+  });
+  dictionary = std::move(kept);
+}
+
 /// The entry of a dictionary node, or null; null too for a key that holds U+0000, which no entry has.
 plist_t entry(plist_t dictionary, std::string_view key) {
   if (key.find('\0') != std::string_view::npos) return nullptr;
@@ -463,6 +478,7 @@ PropertyListDictionary::PropertyListDictionary() : root_(owned(plist_new_dict())
 
 PropertyListDictionary::PropertyListDictionary(std::string_view bytes) : root_(parse(bytes)) {
   if (plist_get_node_type(root_.get()) != PLIST_DICT) throw PropertyListError("its top is not a dictionary");
+  if (isBinaryPropertyList(bytes)) keepLastOfRepeatedKeys(root_);
 }
 
 std::optional<Value> PropertyListDictionary::value(std::string_view key) const {

@@ -326,6 +326,31 @@ TEST(PropertyListFile, TellsKeysApartThatShareAStart) {
   EXPECT_EQ(dictionary.value("a"), Value(1));
 }
 
+TEST(PropertyListFile, KeepsTheLastOfAKeyThatABinaryFileHoldsTwice) {
+  // {"a": 1, "a": 2, "b": 3}, and the same with another key in UTF-16 in between.
+  for (const std::string& second : {"\x51"
+                                    "a"s,
+                                    "\x61\0"
+                                    "a"s}) {
+    const std::string file =
+        binaryPlist({"\xD3" + reference(1) + reference(2) + reference(3) + reference(4) + reference(5) + reference(6),
+                     "\x51"
+                     "a",
+                     second,
+                     "\x51"
+                     "b",
+                     "\x10\x01", "\x10\x02", "\x10\x03"});
+    EXPECT_EQ(parsePropertyList(file), Value(Dictionary{{"a", 2}, {"b", 3}}));
+    PropertyListDictionary domain(file);
+    EXPECT_EQ(domain.value("a"), Value(2));
+    domain.set("a", 4);
+    EXPECT_EQ(parsePropertyList(domain.encode().bytes()), Value(Dictionary{{"a", 4}, {"b", 3}}));
+    domain.remove("a");
+    EXPECT_EQ(domain.value("a"), std::nullopt);
+    EXPECT_EQ(parsePropertyList(domain.encode().bytes()), Value(Dictionary{{"b", 3}}));
+  }
+}
+
 TEST(PropertyListFile, ReadsLargeUnsignedIntegersAsRealsAndUidsAsDictionaries) {
   EXPECT_EQ(parsePropertyList(xml("<integer>18446744073709551615</integer>")), Value(18446744073709551615.0));
   EXPECT_EQ(parsePropertyList(binaryPlist({"\x14" + std::string(8, '\0') + std::string(8, '\xFF')})),
