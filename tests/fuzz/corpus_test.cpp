@@ -49,6 +49,6 @@ INSTANTIATE_TEST_SUITE_P(Fuzz, Corpus,
                                          Fuzzed{"string_table", fuzz::stringTable}, Fuzzed{"row_file", fuzz::rowFile},
                                          Fuzzed{"session", fuzz::session}, Fuzzed{"color", fuzz::color},
                                          Fuzzed{"wallpaper", fuzz::wallpaper}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& fuzzed) { return std::string(fuzzed.param.name); });
 
 }  // namespace quellar::tests::corpus_test

@@ -22,6 +22,15 @@ std::optional<Value> read(std::string_view bytes) {
   }
 }
 
+bool opens(std::string_view bytes) {
+  try {
+    const PropertyListDictionary file(bytes);
+    return true;
+  } catch (const PropertyListError&) {
+    return false;
+  }
+}
+
 /// Reads the bytes as a domain file, edits it and puts it back as it was.
 void edit(std::string_view bytes, const Dictionary& entries) {
   PropertyListDictionary file(bytes);
@@ -48,20 +57,19 @@ void edit(std::string_view bytes, const Dictionary& entries) {
 
 void propertyList(std::string_view bytes) {
   const std::optional<Value> value = read(bytes);
-  const auto* entries = value ? value->as<Dictionary>() : nullptr;
-  if (!entries) {
-    try {
-      const PropertyListDictionary file(bytes);
-    } catch (const PropertyListError&) {
-      if (!value) return;
-    }
-  }
-  demand(value.has_value(), "what is no property list is no domain file");
+  const bool isDomain = opens(bytes);
+  demand(value || !isDomain, "what is no property list is no domain file");
+  if (!value) return;
+  const auto* entries = value->as<Dictionary>();
+  demand(entries || !isDomain, "a domain file has a dictionary at its top");
+  // A UID reads as a dictionary too, and is none.
+  demand(isDomain || !entries || (entries->size() == 1 && entries->contains("CF$UID")),
+         "what has a dictionary at its top is a domain file");
   const auto encoded = host::linux::encodePropertyList(*value);
   demand(parsePropertyList(encoded.bytes()) == *value, "what was read writes and reads back equal");
   demand(host::linux::encodePropertyList(parsePropertyList(encoded.bytes())).bytes() == encoded.bytes(),
          "equal values are written alike");
-  if (entries) edit(bytes, *entries);
+  if (isDomain) edit(bytes, *entries);
 }
 
 }  // namespace quellar::tests::fuzz

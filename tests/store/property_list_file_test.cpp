@@ -327,19 +327,11 @@ TEST(PropertyListFile, TellsKeysApartThatShareAStart) {
 }
 
 TEST(PropertyListFile, KeepsTheLastOfAKeyThatABinaryFileHoldsTwice) {
-  // {"a": 1, "a": 2, "b": 3}, and the same with another key in UTF-16 in between.
-  for (const std::string& second : {"\x51"
-                                    "a"s,
-                                    "\x61\0"
-                                    "a"s}) {
+  // {"a": 1, "a": 2, "b": 3}; the second key in ASCII and in UTF-16.
+  for (const std::string& second : {"\x51\x61"s, "\x61\0\x61"s}) {
     const std::string file =
         binaryPlist({"\xD3" + reference(1) + reference(2) + reference(3) + reference(4) + reference(5) + reference(6),
-                     "\x51"
-                     "a",
-                     second,
-                     "\x51"
-                     "b",
-                     "\x10\x01", "\x10\x02", "\x10\x03"});
+                     "\x51\x61", second, "\x51\x62", "\x10\x01", "\x10\x02", "\x10\x03"});
     EXPECT_EQ(parsePropertyList(file), Value(Dictionary{{"a", 2}, {"b", 3}}));
     PropertyListDictionary domain(file);
     EXPECT_EQ(domain.value("a"), Value(2));
