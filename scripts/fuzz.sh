@@ -5,7 +5,7 @@
 #
 # Runs the fuzzers of build/fuzz (all of them, or fuzz_WHAT), one after another, for so many seconds of processor time
 # each. They start from tests/fuzz/corpus and keep what they find beside the build, for the next run. What breaks is
-# written to build/fuzz/broken and ends the run with a failure; it goes into tests/fuzz/corpus once it is mended.
+# written to build/fuzz/broken, and the run fails; it goes into tests/fuzz/corpus once it is mended.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/common.sh"
@@ -24,7 +24,8 @@ fuzz() {
       -artifact_prefix="$broken/$what-" "$build/corpus/$what" "$root/tests/fuzz/corpus/$what" >"$log" 2>&1; } \
       2>"$log.time"; then
       tail -n 60 "$log"
-      fail "fuzz_$what found what breaks; its input is in $broken"
+      say "fuzz_$what: found what breaks; its input is in $broken"
+      return 1
     fi
     runs=$((runs + $(sed -n 's/^stat::number_of_executed_units: *//p' "$log")))
     part=$(awk '{ print int($1 + $2 + 0.5) }' "$log.time")
@@ -36,13 +37,14 @@ fuzz() {
 }
 
 main() {
-  local seconds=${1:-} fuzzer
+  local seconds=${1:-} fuzzer status=0
   if [[ ! $seconds =~ ^[1-9][0-9]*$ ]]; then fail "usage: scripts/fuzz.sh SECONDS [WHAT]..."; fi
   shift
   if (($# == 0)); then
     for fuzzer in "$root"/tests/fuzz/fuzz_*.cpp; do set -- "$@" "$(basename "$fuzzer" .cpp | sed 's/^fuzz_//')"; done
   fi
-  for fuzzer in "$@"; do fuzz "$fuzzer" "$seconds"; done
+  for fuzzer in "$@"; do fuzz "$fuzzer" "$seconds" || status=1; done
+  return "$status"
 }
 
 if [[ ${BASH_SOURCE[0]} == "$0" ]]; then main "$@"; fi

@@ -53,3 +53,9 @@ test_packages=(
 bench_packages=(
   libbenchmark-dev
 )
+
+# For ./test --trust alone: libFuzzer.
+fuzz_packages=(
+  clang-19
+  libclang-rt-19-dev
+)
