@@ -13,6 +13,7 @@
 #include <limits>
 #include <new>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -140,6 +141,31 @@ void forEachEntry(plist_t node, Visit visit) {
   }
 }
 
+/// The items of an array node, one after another; of any other node, or null, there are none.
+class Items {
+ public:
+  explicit Items(plist_t node) : node_(node) {
+    if (node == nullptr || plist_get_node_type(node) != PLIST_ARRAY) return;
+    plist_array_iter place = nullptr;
+    plist_array_new_iter(node, &place);
+    place_.reset(place);
+  }
+
+  /// The next item, or null at the end.
+  plist_t next() {
+    plist_t item = nullptr;
+    if (place_) plist_array_next_item(node_, place_.get(), &item);
+    return item;
+  }
+
+ private:
+  struct Free {
+    void operator()(void* memory) const { std::free(memory); }
+  };
+  plist_t node_;
+  std::unique_ptr<void, Free> place_;
+};
+
 Value integerValue(plist_t node) {
   std::uint64_t bits = 0;
   plist_get_uint_val(node, &bits);
@@ -180,19 +206,9 @@ Value valueOf(plist_t node) {
       return Date{dateSeconds(node)};
     case PLIST_ARRAY: {
       Array array;
-      const std::uint32_t size = plist_array_get_size(node);
-      array.reserve(size);
-      struct Free {
-        void operator()(void* memory) const { std::free(memory); }
-      };
-      plist_array_iter place = nullptr;
-      plist_array_new_iter(node, &place);
-      const std::unique_ptr<void, Free> placeOwner(place);
-      for (std::uint32_t index = 0; index < size; ++index) {
-        plist_t child = nullptr;
-        plist_array_next_item(node, place, &child);
-        array.push_back(valueOf(child));
-      }
+      array.reserve(plist_array_get_size(node));
+      Items items(node);
+      while (const plist_t item = items.next()) array.push_back(valueOf(item));
       return array;
     }
     case PLIST_DICT: {
@@ -239,6 +255,30 @@ bool standsFor(const Value& value, plist_t node) {
   return type == PLIST_UINT && value.is<double>() && value == integerValue(node);
 }
 
+/// The entries of the dictionary that stood in a new one's place, if it was one. The library looks for each entry among
+/// all; a file may hold so many in one dictionary that this would never end.
+class FormerEntries {
+ public:
+  explicit FormerEntries(plist_t former)
+      : former_(former != nullptr && plist_get_node_type(former) == PLIST_DICT ? former : nullptr) {
+    constexpr std::uint32_t kMany = 100;
+    if (former_ == nullptr || plist_dict_get_size(former_) <= kMany) return;
+    forEachEntry(former_, [&](const char* key, plist_t child) { byKey_.insert_or_assign(key, child); });
+  }
+
+  /// The node of a key, or null.
+  [[nodiscard]] plist_t find(const std::string& key) const {
+    if (former_ == nullptr) return nullptr;
+    if (byKey_.empty()) return plist_dict_get_item(former_, key.c_str());
+    const auto entry = byKey_.find(key);
+    return entry == byKey_.end() ? nullptr : entry->second;
+  }
+
+ private:
+  plist_t former_;
+  std::unordered_map<std::string, plist_t> byKey_;
+};
+
 /// Makes the node of a value that is to stand where `former` (or nothing) stood.
 Node nodeOf(const Value& value, plist_t former) {
   if (standsFor(value, former)) return owned(plist_copy(former));
@@ -253,22 +293,18 @@ Node nodeOf(const Value& value, plist_t former) {
     const std::string bytes(data->bytes.begin(), data->bytes.end());
     return owned(plist_new_data(bytes.data(), bytes.size()));
   }
-  const plist_type formerType = former == nullptr ? PLIST_NONE : plist_get_node_type(former);
   if (const auto* array = value.as<Array>()) {
     Node node = owned(plist_new_array());
-    const std::uint32_t formerSize = formerType == PLIST_ARRAY ? plist_array_get_size(former) : 0;
-    std::uint32_t index = 0;
+    Items formerItems(former);
     for (const Value& item : *array) {
-      const plist_t formerItem = index < formerSize ? plist_array_get_item(former, index) : nullptr;
-      plist_array_append_item(node.get(), nodeOf(item, formerItem).release());
-      ++index;
+      plist_array_append_item(node.get(), nodeOf(item, formerItems.next()).release());
     }
     return node;
   }
   Node node = owned(plist_new_dict());
+  const FormerEntries formerEntries(former);
   for (const auto& [key, item] : *value.as<Dictionary>()) {
-    const plist_t formerItem = formerType == PLIST_DICT ? plist_dict_get_item(former, key.c_str()) : nullptr;
-    plist_dict_set_item(node.get(), key.c_str(), nodeOf(item, formerItem).release());
+    plist_dict_set_item(node.get(), key.c_str(), nodeOf(item, formerEntries.find(key)).release());
   }
   return node;
 }

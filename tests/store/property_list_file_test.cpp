@@ -5,6 +5,7 @@
 
 #include <clocale>
 #include <cstdlib>
+#include <ctime>
 #include <limits>
 #include <string>
 
@@ -340,6 +341,25 @@ TEST(PropertyListFile, KeepsTheLastOfAKeyThatABinaryFileHoldsTwice) {
     domain.remove("a");
     EXPECT_EQ(domain.value("a"), std::nullopt);
     EXPECT_EQ(parsePropertyList(domain.encode().bytes()), Value(Dictionary{{"b", 3}}));
+  }
+}
+
+TEST(PropertyListFile, SetsALargeValueOverALargeOneAsQuicklyAsOverNone) {
+  Dictionary entries;
+  Array items;
+  for (int number = 0; number < 30'000; ++number) {
+    entries.emplace("key " + std::to_string(number), number);
+    items.emplace_back(number);
+  }
+  for (const Value& value : {Value(entries), Value(items)}) {
+    const auto ticks = [&](PropertyListDictionary domain) {
+      const std::clock_t start = std::clock();
+      domain.set("page", value);
+      EXPECT_EQ(domain.value("page"), value);
+      return std::clock() - start;
+    };
+    const auto overNone = ticks(PropertyListDictionary());
+    EXPECT_LT(ticks(PropertyListDictionary(encodePropertyList(Dictionary{{"page", value}}).bytes())), 4 * overNone);
   }
 }
 
