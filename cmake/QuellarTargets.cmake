@@ -18,6 +18,13 @@ if(QUELLAR_SANITIZE)
   target_link_options(quellar_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(QUELLAR_FUZZ)
+  # What libFuzzer sees of the code that runs; and a standard library that checks its bounds.
+  target_compile_options(quellar_flags INTERFACE -fsanitize=fuzzer-no-link -D_GLIBCXX_ASSERTIONS)
+  # g++'s own headers, which clang takes for ours where they call one another.
+  target_compile_options(quellar_flags INTERFACE -Wno-deprecated-declarations)
+endif()
+
 # The hardening that a distribution builds with. The sanitizers have checks of their own in its place.
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)

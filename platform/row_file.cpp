@@ -88,11 +88,13 @@ bool leavesFolder(std::string_view path) {
 }
 
 /// The text with each "%@" replaced.
-std::string filledIn(std::string text, std::string_view with) {
-  for (std::size_t at = text.find("%@"); at != std::string::npos; at = text.find("%@", at + with.size())) {
-    text.replace(at, 2, with);
+std::string filledIn(std::string_view text, std::string_view with) {
+  std::string filled;
+  for (std::size_t at = text.find("%@"); at != std::string_view::npos; at = text.find("%@")) {
+    filled.append(text.substr(0, at)).append(with);
+    text.remove_prefix(at + 2);
   }
-  return text;
+  return filled.append(text);
 }
 
 /// An item for each application, where its key has a place for the application's identifier; else the item itself,

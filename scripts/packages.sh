@@ -69,3 +69,9 @@ peer_packages=(
   xfce4-settings
   xvfb
 )
+
+# For ./test --trust alone: libFuzzer.
+fuzz_packages=(
+  clang-19
+  libclang-rt-19-dev
+)

@@ -80,6 +80,11 @@ Color colorOf(const Json& fields) {
   return {component(1), component(3), component(5), 1};
 }
 
+// The JSON reader takes "-0" for a signed number.
+bool isNatural(const Json& json) {
+  return json.is_number_unsigned() || (json.is_number_integer() && json == 0);
+}
+
 std::string listed(const std::vector<std::string>& titles) {
   std::string text;
   for (const auto& title : titles) text += (text.empty() ? "" : ", ") + inQuotes(title);
@@ -211,7 +216,7 @@ Session::Row Session::rowOf(const Json& fields) {
     for (const auto& [key, each] : json.items()) {
       if (key == "label" && each.is_string()) {
         label = each.get<std::string>();
-      } else if (key == "nth" && each.is_number_unsigned()) {
+      } else if (key == "nth" && isNatural(each)) {
         nth = each.get<std::uint64_t>();
       } else {
         wrong();
@@ -226,7 +231,7 @@ Session::Row Session::rowOf(const Json& fields) {
   const auto& rows = page.specifiers();
   const auto at = [&](std::size_t index) { return Row{page, index, rows[index]}; };
   if (json.is_number_integer()) {
-    if (!json.is_number_unsigned() || json.get<std::uint64_t>() >= rows.size()) {
+    if (!isNatural(json) || json.get<std::uint64_t>() >= rows.size()) {
       throw CommandError("no row " + json.dump() + "; the page has " + std::to_string(rows.size()) + " rows");
     }
     return at(json.get<std::size_t>());

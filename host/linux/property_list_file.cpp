@@ -14,6 +14,8 @@
 #include <limits>
 #include <new>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -134,22 +136,30 @@ void forEachEntry(plist_t node, Visit visit) {
   }
 }
 
-/// Calls `visit(child)` for each item of an array node.
-template <typename Visit>
-void forEachItem(plist_t node, Visit visit) {
+/// The items of an array node, one after another; of any other node, or null, there are none.
+class Items {
+ public:
+  explicit Items(plist_t node) : node_(node) {
+    if (node == nullptr || plist_get_node_type(node) != PLIST_ARRAY) return;
+    plist_array_iter place = nullptr;
+    plist_array_new_iter(node, &place);
+    place_.reset(place);
+  }
+
+  /// The next item, or null at the end.
+  plist_t next() {
+    plist_t item = nullptr;
+    if (place_) plist_array_next_item(node_, place_.get(), &item);
+    return item;
+  }
+
+ private:
   struct Free {
     void operator()(void* memory) const { std::free(memory); }
   };
-  const std::uint32_t size = plist_array_get_size(node);
-  plist_array_iter place = nullptr;
-  plist_array_new_iter(node, &place);
-  const std::unique_ptr<void, Free> placeOwner(place);
-  for (std::uint32_t index = 0; index < size; ++index) {
-    plist_t child = nullptr;
-    plist_array_next_item(node, place, &child);
-    visit(child);
-  }
-}
+  plist_t node_;
+  std::unique_ptr<void, Free> place_;
+};
 
 Value integerValue(plist_t node) {
   std::uint64_t bits = 0;
@@ -192,7 +202,8 @@ Value valueOf(plist_t node) {
     case PLIST_ARRAY: {
       Array array;
       array.reserve(plist_array_get_size(node));
-      forEachItem(node, [&](plist_t child) { array.push_back(valueOf(child)); });
+      Items items(node);
+      while (const plist_t item = items.next()) array.push_back(valueOf(item));
       return array;
     }
     case PLIST_DICT: {
@@ -243,7 +254,8 @@ Writer::Object add(Writer& writer, plist_t node) {
       return writer.addDate(dateSeconds(node));
     case PLIST_ARRAY: {
       std::vector<Writer::Object> items;
-      forEachItem(node, [&](plist_t child) { items.push_back(add(writer, child)); });
+      Items children(node);
+      while (const plist_t child = children.next()) items.push_back(add(writer, child));
       return writer.addArray(items);
     }
     case PLIST_DICT: {
@@ -305,6 +317,30 @@ bool standsFor(const Value& value, plist_t node) {
   return type == PLIST_UINT && value.is<double>() && value == integerValue(node);
 }
 
+/// The entries of the dictionary that stood in a new one's place, if it was one. The library looks for each entry among
+/// all; a file may hold so many in one dictionary that this would never end.
+class FormerEntries {
+ public:
+  explicit FormerEntries(plist_t former)
+      : former_(former != nullptr && plist_get_node_type(former) == PLIST_DICT ? former : nullptr) {
+    constexpr std::uint32_t kMany = 100;
+    if (former_ == nullptr || plist_dict_get_size(former_) <= kMany) return;
+    forEachEntry(former_, [&](const char* key, plist_t child) { byKey_.insert_or_assign(key, child); });
+  }
+
+  /// The node of a key, or null.
+  [[nodiscard]] plist_t find(const std::string& key) const {
+    if (former_ == nullptr) return nullptr;
+    if (byKey_.empty()) return plist_dict_get_item(former_, key.c_str());
+    const auto entry = byKey_.find(key);
+    return entry == byKey_.end() ? nullptr : entry->second;
+  }
+
+ private:
+  plist_t former_;
+  std::unordered_map<std::string, plist_t> byKey_;
+};
+
 /// Makes the node of a value that is to stand where `former` (or nothing) stood.
 Node nodeOf(const Value& value, plist_t former) {
   if (standsFor(value, former)) return owned(plist_copy(former));
@@ -319,22 +355,18 @@ Node nodeOf(const Value& value, plist_t former) {
     const std::string bytes(data->bytes.begin(), data->bytes.end());
     return owned(plist_new_data(bytes.data(), bytes.size()));
   }
-  const plist_type formerType = former == nullptr ? PLIST_NONE : plist_get_node_type(former);
   if (const auto* array = value.as<Array>()) {
     Node node = owned(plist_new_array());
-    const std::uint32_t formerSize = formerType == PLIST_ARRAY ? plist_array_get_size(former) : 0;
-    std::uint32_t index = 0;
+    Items formerItems(former);
     for (const Value& item : *array) {
-      const plist_t formerItem = index < formerSize ? plist_array_get_item(former, index) : nullptr;
-      plist_array_append_item(node.get(), nodeOf(item, formerItem).release());
-      ++index;
+      plist_array_append_item(node.get(), nodeOf(item, formerItems.next()).release());
     }
     return node;
   }
   Node node = owned(plist_new_dict());
+  const FormerEntries formerEntries(former);
   for (const auto& [key, item] : *value.as<Dictionary>()) {
-    const plist_t formerItem = formerType == PLIST_DICT ? plist_dict_get_item(former, key.c_str()) : nullptr;
-    plist_dict_set_item(node.get(), key.c_str(), nodeOf(item, formerItem).release());
+    plist_dict_set_item(node.get(), key.c_str(), nodeOf(item, formerEntries.find(key)).release());
   }
   return node;
 }
@@ -509,6 +541,20 @@ Node parse(std::string_view bytes) {
   return XmlPropertyList(bytes).read();
 }
 
+/// A binary file may hold a key twice. Which one the library finds depends on the number of entries, and what it
+/// removes uncovers the other: as in XML, the last one alone is kept.
+void keepLastOfRepeatedKeys(Node& dictionary) {
+  std::unordered_set<std::string> keys;
+  bool repeated = false;
+  forEachEntry(dictionary.get(), [&](const char* key, plist_t) { repeated |= !keys.insert(key).second; });
+  if (!repeated) return;
+  Node kept = owned(plist_new_dict());
+  forEachEntry(dictionary.get(), [&](const char* key, plist_t child) {
+    plist_dict_set_item(kept.get(), key, owned(plist_copy(child)).release());
+  });
+  dictionary = std::move(kept);
+}
+
 /// The entry of a dictionary node, or null; null too for a key that holds U+0000, which no entry has.
 plist_t entry(plist_t dictionary, std::string_view key) {
   if (key.find('\0') != std::string_view::npos) return nullptr;
@@ -530,6 +576,7 @@ PropertyListDictionary::PropertyListDictionary() : root_(owned(plist_new_dict())
 
 PropertyListDictionary::PropertyListDictionary(std::string_view bytes) : root_(parse(bytes)) {
   if (plist_get_node_type(root_.get()) != PLIST_DICT) throw PropertyListError("its top is not a dictionary");
+  if (isBinaryPropertyList(bytes)) keepLastOfRepeatedKeys(root_);
 }
 
 std::optional<Value> PropertyListDictionary::value(std::string_view key) const {

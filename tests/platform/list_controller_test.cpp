@@ -352,5 +352,23 @@ TEST(RowFile, MakesRowsOfItsItemsAndReportsTheBadOnes) {
   EXPECT_THAT(page.loadSpecifiersFromPlistName("Missing", "/B.bundle"), IsEmpty());
 }
 
+TEST(RowFile, PutsTheApplicationIntoEachPlaceOfItsKey) {
+  Panel panel;
+  panel.applications.installed = {{"a%@", "Alpha"}};
+  std::string key = "%@";
+  std::string filled = "a%@";
+  // So many that work which grows with their square would not end.
+  for (int doubled = 0; doubled < 20; ++doubled) {
+    key += key;
+    filled += filled;
+  }
+  panel.bundles.rowFiles["Rows"] = {
+      Dictionary{{"cell", "PSSwitchCell"}, {"key", "<" + key + "%>"}, {"applications", true}}};
+  ListPage page(panel.host.platform());
+  const auto rows = page.loadSpecifiersFromPlistName("Rows", "/B.bundle");
+  ASSERT_EQ(rows.size(), 1U);
+  EXPECT_TRUE(rows[0]->identifier() == "<" + filled + "%>");
+}
+
 }  // namespace list_controller_test
 }  // namespace quellar::tests

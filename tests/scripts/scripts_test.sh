@@ -155,12 +155,25 @@ the_proofs_run_in_their_long_form_one_after_another() {
   for tool in bash dirname readlink; do ln -s "$(command -v "$tool")" "$folder/bin/"; done
   program cmake <<<'echo "cmake $1" >>"$calls"'
   program ctest <<<'echo "ctest ${QUELLAR_TRUST:-short} ${*:3}" >>"$calls"; exit 7'
+  # One that fails keeps none of the others from running.
+  program quellar_monkey <<<'echo "quellar_monkey $*" >>"$calls"'
+  mkdir -p "$folder/build/release"
+  ln -s "$folder/bin" "$folder/build/release/bin"
+  program fuzz.sh <<<'echo "fuzz.sh $*" >>"$calls"'
+  mv "$folder/bin/fuzz.sh" "$folder/scripts/"
   local status=0
   PATH=$folder/bin "$folder/bin/bash" "$folder/test" --trust >/dev/null || status=$?
   expect_equal 7 "$status"
   expect_equal "cmake -S
 cmake --build
-ctest long --verbose --no-tests=error -R ^trust_test" "$(<"$folder/calls")"
+cmake -S
+cmake --build
+cmake --build
+cmake -S
+cmake --build
+ctest long --verbose --no-tests=error -R ^(trust|monkey)_test
+quellar_monkey 100000
+fuzz.sh 600" "$(<"$folder/calls")"
 }
 
 # repository: makes the folder a repository with one commit.

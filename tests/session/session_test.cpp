@@ -127,6 +127,7 @@ TEST(Session, FindsARowByIndexIdentifierOrLabelAndRefusesAnyOther) {
   EXPECT_EQ(indexOf(R"({"label":"Use Custom String"})"), "1");
   EXPECT_EQ(indexOf(R"({"label":"Searching... Carrier String","nth":0})"), "4") << "groups count";
 
+  EXPECT_EQ(indexOf("-0"), indexOf("0"));
   EXPECT_EQ(indexOf("8"), "no row 8; the page has 8 rows");
   EXPECT_EQ(indexOf("-1"), "no row -1; the page has 8 rows");
   EXPECT_EQ(indexOf("18446744073709551615"), "no row 18446744073709551615; the page has 8 rows");

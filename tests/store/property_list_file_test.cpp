@@ -5,6 +5,7 @@
 
 #include <clocale>
 #include <cstdlib>
+#include <ctime>
 #include <limits>
 #include <string>
 
@@ -385,6 +386,42 @@ TEST(PropertyListFile, TellsKeysApartThatShareAStart) {
   EXPECT_EQ(dictionary.value("a\0b"s), std::nullopt);
   dictionary.remove("a\0b"s);
   EXPECT_EQ(dictionary.value("a"), Value(1));
+}
+
+TEST(PropertyListFile, KeepsTheLastOfAKeyThatABinaryFileHoldsTwice) {
+  // {"a": 1, "a": 2, "b": 3}; the second key in ASCII and in UTF-16.
+  for (const std::string& second : {"\x51\x61"s, "\x61\0\x61"s}) {
+    const std::string file =
+        binaryPlist({"\xD3" + reference(1) + reference(2) + reference(3) + reference(4) + reference(5) + reference(6),
+                     "\x51\x61", second, "\x51\x62", "\x10\x01", "\x10\x02", "\x10\x03"});
+    EXPECT_EQ(parsePropertyList(file), Value(Dictionary{{"a", 2}, {"b", 3}}));
+    PropertyListDictionary domain(file);
+    EXPECT_EQ(domain.value("a"), Value(2));
+    domain.set("a", 4);
+    EXPECT_EQ(parsePropertyList(domain.encode().bytes()), Value(Dictionary{{"a", 4}, {"b", 3}}));
+    domain.remove("a");
+    EXPECT_EQ(domain.value("a"), std::nullopt);
+    EXPECT_EQ(parsePropertyList(domain.encode().bytes()), Value(Dictionary{{"b", 3}}));
+  }
+}
+
+TEST(PropertyListFile, SetsALargeValueOverALargeOneAsQuicklyAsOverNone) {
+  Dictionary entries;
+  Array items;
+  for (int number = 0; number < 30'000; ++number) {
+    entries.emplace("key " + std::to_string(number), number);
+    items.emplace_back(number);
+  }
+  for (const Value& value : {Value(entries), Value(items)}) {
+    const auto ticks = [&](PropertyListDictionary domain) {
+      const std::clock_t start = std::clock();
+      domain.set("page", value);
+      EXPECT_EQ(domain.value("page"), value);
+      return std::clock() - start;
+    };
+    const auto overNone = ticks(PropertyListDictionary());
+    EXPECT_LT(ticks(PropertyListDictionary(encodePropertyList(Dictionary{{"page", value}}).bytes())), 4 * overNone);
+  }
 }
 
 TEST(PropertyListFile, ReadsLargeUnsignedIntegersAsRealsAndUidsAsDictionaries) {
