@@ -344,13 +344,6 @@ bool names(const std::vector<std::string>& keys, const std::string& key) {
   return std::ranges::find(keys, key) != keys.end();
 }
 
-/// Whether the rows stand in a run after the first row with the identifier.
-bool standAfter(const Specifiers& list, std::string_view identifier, const Specifiers& rows) {
-  const auto point = std::ranges::find_if(list, [&](const auto& row) { return row->identifier() == identifier; });
-  if (point == list.end() || static_cast<std::size_t>(list.end() - point) <= rows.size()) return false;
-  return std::equal(rows.begin(), rows.end(), std::next(point));
-}
-
 }  // namespace
 
 void KVQuellarListController::send(const Post& post) {
@@ -404,13 +397,7 @@ void KVQuellarListController::updateSpecifiersWithValue(bool value, std::string_
     const std::string point = insertionPoint(*(*first)->description);
     const auto last = std::find_if(first, controlled.end(),
                                    [&](const Block* block) { return insertionPoint(*block->description) != point; });
-    // A switch that is set on while it is on: they stand there already, all of them.
-    Specifiers run;
-    for (auto block = first; block != last; ++block) {
-      if (shown(**block)) std::ranges::copy((*block)->rows, std::back_inserter(run));
-    }
-    const bool shownAlready = standAfter(specifiers(), point, run);
-    for (auto block = last; block != first && !shownAlready;) {
+    for (auto block = last; block != first;) {
       --block;
       if (shown(**block)) insertContiguousSpecifiers((*block)->rows, point, true);
     }

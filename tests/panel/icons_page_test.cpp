@@ -250,16 +250,6 @@ TEST_F(IconsPage, PutsTheBorderRowsAboveTheColoringChoice) {
   EXPECT_EQ(wholeRows(page), joined({kAppearance, kBadges, kBehaviorAndDots, kLabels}));
 }
 
-TEST_F(IconsPage, ListsTheBadgeRowsOnceWhenTheirSwitchIsSetOnAgain) {
-  auto& page = open({{"userRequestsColoredBadges", true}, {"userStyleForIconBadgeColoring", 1}});
-  panel.set("userRequestsColoredBadges", true);
-  EXPECT_THAT(panel.events(),
-              ElementsAre(write(R"({"userRequestsColoredBadges":true,"userStyleForIconBadgeColoring":1})"),
-                          darwinLine("settings"), darwinLine("iconlayout"), darwinLine("badgeupdate")));
-  EXPECT_EQ(wholeRows(page),
-            joined({kAppearance, kBadges, kUseBadge, kColorChoice, kCustomColor, kBehaviorAndDots, kLabels}));
-}
-
 TEST_F(IconsPage, InsertsTheBadgeColorUnderTheChoiceForACustomColorAndRemovesItForTheDominantOne) {
   auto& page = open({{"userRequestsColoredBadges", true}});
   panel.set("userStyleForIconBadgeColoring", 1);
