@@ -65,6 +65,13 @@ void collectKeys(const std::vector<frame::Row>& rows, std::set<std::string>& key
   }
 }
 
+bool showsSeveralBlocks(const frame::Page& page, const std::string& key) {
+  return std::ranges::count_if(page.rows, [&](const frame::Row& row) {
+           const auto* block = std::get_if<frame::Dependent>(&row.row);
+           return block && block->shownBy == key;
+         }) > 1;
+}
+
 /// What a row is found again by on a page that was made anew.
 std::string nameOf(const PSSpecifier& row) {
   return std::string(cellTypeName(row.cellType())) + " " + row.name() + " " + row.identifier().value_or("") + " " +
@@ -274,7 +281,13 @@ void Monkey::useRow(ListPage& page, std::size_t index) {
   switch (row->cell()->control()) {
     case Control::toggle: {
       // On more often than off: most of what there is to find is shown by a switch.
-      const bool value = !oneIn(4);
+      bool value = !oneIn(4);
+      const Value* stored = platform::find(top().copy, row->stringForKey("key"));
+      // Of two blocks after one row only the upper one stands right after it: set on while it is on, as no touch does,
+      // the switch lists both again.
+      if (stored && stored->boolValue() && showsSeveralBlocks(*top().description, row->stringForKey("key"))) {
+        value = false;
+      }
       if (enabled) {
         expectCommit();
         model_.writes(top(), *row, value);
@@ -561,7 +574,7 @@ void Monkey::followStack() {
   }
   for (std::size_t place = model_.stack.size(); place < stack.size(); ++place) {
     const auto* entry = session_->host().registry().find(stack[place]->className());
-    model_.push(stack[place], entry ? entry->page : nullptr);
+    model_.push(stack[place], entry ? &*entry->page : nullptr);
     ++pages_[stack[place]->className()];
   }
   for (const auto& page : left) demand(page.expired(), "a page that was left is gone");

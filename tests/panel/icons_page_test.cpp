@@ -250,6 +250,14 @@ TEST_F(IconsPage, PutsTheBorderRowsAboveTheColoringChoice) {
   EXPECT_EQ(wholeRows(page), joined({kAppearance, kBadges, kBehaviorAndDots, kLabels}));
 }
 
+TEST_F(IconsPage, ListsTheBadgeRowsTwiceWhenTheirSwitchIsSetOnWhileItIsOn) {
+  // The colouring choice does not stand right after the switch, so it is inserted again, and then the border rows are.
+  auto& page = open({{"userRequestsColoredBadges", true}});
+  panel.set("userRequestsColoredBadges", true);
+  EXPECT_EQ(wholeRows(page), joined({kAppearance, kBadges, kUseBadge, kColorChoice, kUseBadge, kColorChoice,
+                                     kBehaviorAndDots, kLabels}));
+}
+
 TEST_F(IconsPage, InsertsTheBadgeColorUnderTheChoiceForACustomColorAndRemovesItForTheDominantOne) {
   auto& page = open({{"userRequestsColoredBadges", true}});
   panel.set("userStyleForIconBadgeColoring", 1);
