@@ -7,7 +7,6 @@ namespace lock_screen_strings_page_test {
 using platform::Dictionary;
 using platform::Value;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class LockScreenStringsPage : public FamilyPage {
  protected:

@@ -7,7 +7,6 @@ namespace medusa_page_test {
 using platform::Array;
 using platform::Dictionary;
 using platform::Value;
-using testing::ElementsAre;
 
 const std::string kStyle =
     segmentRow("Blur Style", "userStyleForSideSwitcherBlur", 3, R"(["Extra Light","Light","Dark"])");

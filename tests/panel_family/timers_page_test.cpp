@@ -7,10 +7,7 @@ namespace quellar::tests {
 namespace timers_page_test {
 
 using platform::Dictionary;
-using platform::Value;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::IsEmpty;
 
 const std::string kGlyphs = "/System/Library/PrivateFrameworks/ControlCenterUI.framework/ControlCenterGlyphTimer";
 
