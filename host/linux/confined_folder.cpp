@@ -165,7 +165,6 @@ std::optional<ConfinedFolder::Walked> ConfinedFolder::walk(std::string_view rela
 }
 
 std::optional<FileDescriptor> ConfinedFolder::open(std::string_view relative, int flags) const {
-  const std::filesystem::path file = hostPath(relative);
   const FileDescriptor self = openSelf();
   if (!self) return std::nullopt;
   if (resolution_ == Resolution::Kernel) {
@@ -180,7 +179,7 @@ std::optional<FileDescriptor> ConfinedFolder::open(std::string_view relative, in
     if (errno == ENOENT) return std::nullopt;
     // EXDEV: it leads out, or through an absolute link, which the kernel refuses even where it leads back in. EAGAIN:
     // the kernel can't be sure because something was just renamed. ENOSYS, EPERM: an old kernel, or a sandbox.
-    if (errno != EXDEV && errno != EAGAIN && errno != ENOSYS && errno != EPERM) throwErrno(file);
+    if (errno != EXDEV && errno != EAGAIN && errno != ENOSYS && errno != EPERM) throwErrno(hostPath(relative));
   }
 
   const std::optional<Walked> walked = walk(relative);
@@ -189,7 +188,7 @@ std::optional<FileDescriptor> ConfinedFolder::open(std::string_view relative, in
       retried([&] { return ::openat(walked->folder.get(), walked->name.c_str(), flags | O_NOFOLLOW | O_CLOEXEC); }));
   if (opened) return opened;
   if (errno == ENOENT) return std::nullopt;
-  throwErrno(file);
+  throwErrno(hostPath(relative));
 }
 
 std::optional<ConfinedFolder::Place> ConfinedFolder::locate(std::string_view relative) const {
