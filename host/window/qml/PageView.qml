@@ -264,18 +264,22 @@ FocusScope {
         }
         onCountChanged: Qt.callLater(start)
         // Rows become higher or lower in a window of another width; the one at the top stays there.
-        onWidthChanged: if (count > 0 && !moving && !resettling.running) {
-            kept = view.place();
-            resettling.start();
+        Connections {
+            target: view.status
+            function onResizing() {
+                if (resettling.running)
+                    return;
+                resettling.kept = view.place();
+                resettling.start();
+            }
         }
-
-        property var kept: null
-
         Timer {
             id: resettling
 
+            property var kept: null
+
             interval: 0
-            onTriggered: list.keep(list.kept)
+            onTriggered: list.keep(kept)
         }
 
         // Rows off the window are made one after the other, and each comes behind all others.
