@@ -44,8 +44,9 @@ TEST_F(Motion, LetsAFingerTakeAPageThatIsStillSlidingIn) {
     const double held = screen->x();
     QTest::qWait(60);
     EXPECT_EQ(screen->x(), held);
-    for (int x = start + 48; x <= start + 288; x += 16) QTest::mouseMove(&view(), QPoint(x, 500));
-    QTest::mouseRelease(&view(), Qt::LeftButton, {}, QPoint(start + 288, 500));
+    constexpr int kEdge = 385;
+    for (int x = start + 48; x <= kEdge; x += 16) QTest::mouseMove(&view(), QPoint(x, 500));
+    QTest::mouseRelease(&view(), Qt::LeftButton, {}, QPoint(kEdge, 500));
     settle();
     EXPECT_EQ(page().title(), "Quellar");
   }
@@ -98,11 +99,13 @@ TEST_F(Motion, KeepsTheRowAtTheTopWhenTheWindowIsTurned) {
   ASSERT_GT(before, 3);
   view().resize(640, 500);
   ASSERT_TRUE(eventually([this] { return list()->width() == 640; }));
-  settle();
+  EXPECT_TRUE(eventually([&] { return topRow() == before; })) << topRow();
+  QTest::qWait(50);
   EXPECT_EQ(topRow(), before);
   view().resize(390, 844);
   ASSERT_TRUE(eventually([this] { return list()->width() == 390; }));
-  settle();
+  EXPECT_TRUE(eventually([&] { return topRow() == before; })) << topRow();
+  QTest::qWait(50);
   EXPECT_EQ(topRow(), before);
 }
 
