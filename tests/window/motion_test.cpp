@@ -32,16 +32,12 @@ TEST_F(Motion, LetsAFingerTakeAPageThatIsStillSlidingIn) {
     ASSERT_TRUE(eventually([&] { return screen->x() < 300; }));
     const int start = static_cast<int>(screen->x()) + 8;
     QTest::mousePress(&view(), Qt::LeftButton, {}, QPoint(start, 500));
-    double before = screen->x();
-    // On a machine that has other things to do it may have come to rest by now.
-    taken = before > 90;
-    // Beyond the distance at which a drag begins it goes on from where it is.
-    for (int by = 4; by <= 40; by += 4) {
-      QTest::mouseMove(&view(), QPoint(start + by, 500));
-      EXPECT_TRUE(!taken || screen->x() > before - 45) << "it jumps from " << before << " to " << screen->x();
-      before = screen->x();
-    }
+    constexpr int kWay = 40;
+    for (int by = 4; by <= kWay; by += 4) QTest::mouseMove(&view(), QPoint(start + by, 500));
     const double held = screen->x();
+    // Farther than the finger has moved: it goes on from where it was. On a machine that has other things to do it may
+    // have come to rest before.
+    taken = held > kWay + 8;
     QTest::qWait(60);
     EXPECT_EQ(screen->x(), held);
     constexpr int kEdge = 385;
