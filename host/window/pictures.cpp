@@ -150,7 +150,8 @@ class Studio {
 
   void takeFew() {
     for (const char* name : kFewPages) takeOpen(*panel_.pages().find(name));
-    takeBackdropPicker();
+    // It has no text but numbers.
+    if (panel_.isRightToLeft()) takeBackdropPicker();
     openSample(Sample::plain);
     save("rows");
   }

@@ -19,9 +19,16 @@ using platform::Value;
 
 namespace {
 
-class SamplePage final : public PSListController {
+// With no defaults key: what is set stays here.
+const frame::Page& description() {
+  static const frame::Page page{.className = "SamplePage", .rows = {}};
+  return page;
+}
+
+class SamplePage final : public frame::KVQuellarListController {
  public:
-  SamplePage(platform::Platform& platform, Sample sample) : PSListController(platform, "SamplePage"), sample_(sample) {
+  SamplePage(platform::Platform& platform, Sample sample)
+      : KVQuellarListController(platform, description()), sample_(sample) {
     setTitle(sampleText("Rows", "Rows whose texts are longer than the place that they have"));
   }
 

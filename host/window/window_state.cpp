@@ -34,6 +34,9 @@ bool WindowState::eventFilter(QObject* watched, QEvent* event) {
       QGuiApplication::styleHints()->setMouseDoubleClickInterval(0);
       setKeyboardInUse(false);
       break;
+    case QEvent::Resize:
+      emit resizing();
+      break;
     default:
       break;
   }

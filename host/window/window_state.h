@@ -38,12 +38,14 @@ class WindowState final : public QObject {
   /// The user has read it.
   Q_INVOKABLE void dismissTrouble() { setTrouble({}); }
 
-  /// Watches the input of a window.
+  /// Watches the input and the size of a window.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  signals:
   void keyboardInUseChanged();
   void troubleChanged();
+  /// The window is about to take another size; nothing has changed its place yet.
+  void resizing();
 
  private:
   void setKeyboardInUse(bool inUse);

@@ -22,10 +22,11 @@ TEST(CameraPage, ShowsItsRowsInOrderOnAFreshInstall) {
 
 TEST(CameraPage, LooksUpAllItsTexts) {
   Panel panel;
-  EXPECT_EQ(lookupsOf(panel, kPage), (std::set<std::string>{"Behavior",
-                                                            "'Warn If Flash' will warn you are about to take a picture "
-                                                            "with flash to confirm you want to take with flash.",
-                                                            "Always HDR On", "Double Tap To Flip", "Warn If Flash"}));
+  EXPECT_EQ(lookupsOf(panel, kPage),
+            (std::set<std::string>{"Behavior",
+                                   ("'Warn If Flash' will warn you are about to take a picture "
+                                    "with flash to confirm you want to take with flash."),
+                                   "Always HDR On", "Double Tap To Flip", "Warn If Flash"}));
 }
 
 TEST(CameraPage, PostsItsOwnNotificationOnceForEveryWriteAndNoOther) {

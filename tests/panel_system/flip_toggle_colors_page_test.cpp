@@ -118,7 +118,7 @@ TEST(FlipToggleColorsPage, HasItsLocalisedTitle) {
 }
 
 TEST(FlipToggleColorsPage, IsKnownByTheDictionaryThatItsWritesReplace) {
-  Panel panel;
+  const Panel panel;
   EXPECT_EQ(panel.host.registry().find("Available Switches")->page->className, kPage);
   EXPECT_EQ(panel.host.registry().find(kPage)->page->defaultsKey, kControlCenter);
 }

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <ranges>
+
 #include "frame/list_controller.h"
 #include "host/headless/row_json.h"
 #include "panel_system/page_lines.h"
@@ -64,7 +66,7 @@ TEST(PowerDownPage, OpensWithEveryBlockWhoseSwitchIsStoredOn) {
   Panel panel;
   panel.store(kDefaults, Dictionary{{kTint, true}, {kText, 1}, {kRespringSlider, true}, {kRebootSlider, true}});
   Lines open = kClosed;
-  for (auto block = kBlocks.rbegin(); block != kBlocks.rend(); ++block) open = with(open, block->at, block->rows);
+  for (const auto& block : std::views::reverse(kBlocks)) open = with(open, block.at, block.rows);
   EXPECT_EQ(rowLines(panel.open(kPage)), open);
 }
 

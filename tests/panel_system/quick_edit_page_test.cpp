@@ -27,12 +27,12 @@ TEST(QuickEditPage, LooksUpAllItsTexts) {
   Panel panel;
   EXPECT_EQ(
       lookupsOf(panel, kPage),
-      (std::set<std::string>{"When using the Quick Edit menu functionality, a icon similar to the app deletion x "
-                             "button will appear on the bottom left of an icon. Tapping this button will bring up the "
-                             "Quellar Quick Action menu from which you can change some Quellar settings on the fly.",
+      (std::set<std::string>{("When using the Quick Edit menu functionality, a icon similar to the app deletion x "
+                              "button will appear on the bottom left of an icon. Tapping this button will bring up the "
+                              "Quellar Quick Action menu from which you can change some Quellar settings on the fly."),
                              "Use Quick Edit", "Appearance",
-                             "Fading app labels will help keep the look of the icon pleasant due to the quick edit "
-                             "button being so close to the label",
+                             ("Fading app labels will help keep the look of the icon pleasant due to the quick edit "
+                              "button being so close to the label"),
                              "Fade App Labels"}));
 }
 

@@ -162,7 +162,7 @@ TEST(ToggleColorsPage, ImportsEveryKeyOfTheSiblingsFileWhateverItIs) {
 }
 
 TEST(ToggleColorsPage, StoresAndPostsWhereTheSiblingsFileGivesNothing) {
-  std::vector<std::optional<Value>> files = {std::nullopt, Value("text"), Value(Array{"wifi", "#abcdef"}), Value(1),
+  const std::vector<std::optional<Value>> files = {std::nullopt, Value("text"), Value(Array{"wifi", "#abcdef"}), Value(1),
                                              Value(Dictionary{})};
   for (const auto& file : files) {
     TogglesPanel panel;

@@ -10,7 +10,6 @@ namespace notification_center_test {
 using platform::Notification;
 using platform::NotificationCenter;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class NotificationCenterTest : public testing::Test {
  protected:

@@ -47,7 +47,7 @@ class Walkthrough : public WindowTest {
       use("Blur style");
       use("Normal");
     });
-    EXPECT_EQ(value("Dock_Defaults", "dockMaxIcons"), Value(5));
+    EXPECT_EQ(value("Dock_Defaults", "dockMaxIcons"), Value(5.0));
     EXPECT_EQ(value("Dock_Defaults", "dockBackgroundStyle"), Value(12));
     visit({"Home Screen"}, [this] { use("Hide Page Dots"); });
     EXPECT_EQ(value("HomeScreen_Defaults", "hidePageDots"), Value(true));

@@ -223,7 +223,7 @@ FocusScope {
             forceLayout();
             positionViewAtIndex(place.top, ListView.Beginning);
             scrollBy(place.offset);
-            if (activeFocus && currentIndex >= 0)
+            if (place.follows)
                 reveal(currentIndex);
         }
         // A function of this list alone: of calls that wait for one and the same function only the last is made.
@@ -264,18 +264,33 @@ FocusScope {
         }
         onCountChanged: Qt.callLater(start)
         // Rows become higher or lower in a window of another width; the one at the top stays there.
-        onWidthChanged: if (count > 0 && !moving && !resettling.running) {
-            kept = view.place();
-            resettling.start();
+        onWidthChanged: if (resettling.kept)
+            keep(resettling.kept)
+
+        Connections {
+            target: view.status
+            function onResizing() {
+                // A window may be told of one size more than once.
+                if (resettling.kept)
+                    return;
+                const current = list.currentItem;
+                // What has the focus is to be seen, if it was.
+                resettling.kept = Object.assign(view.place(), {
+                    follows: current !== null && current.y + current.height > list.contentY && current.y < list.contentY + list.height
+                });
+                resettling.start();
+            }
         }
-
-        property var kept: null
-
         Timer {
             id: resettling
 
+            property var kept: null
+
             interval: 0
-            onTriggered: list.keep(list.kept)
+            onTriggered: {
+                list.keep(kept);
+                kept = null;
+            }
         }
 
         // Rows off the window are made one after the other, and each comes behind all others.
