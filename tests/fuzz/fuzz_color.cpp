@@ -75,7 +75,7 @@ void color(std::string_view bytes) {
 
   // A swatch is drawn from any text.
   const auto swatch = cells::_accessoryImageForColor(text, 0.2);
-  demand(swatch.pixels.size() == static_cast<std::size_t>(4 * swatch.pixelWidth * swatch.pixelHeight),
+  demand(swatch.pixels.size() == std::size_t{4} * static_cast<std::size_t>(swatch.pixelWidth * swatch.pixelHeight),
          "a swatch has all its pixels");
 }
 
