@@ -43,6 +43,8 @@ class NavigationTest : public testing::Test {
   void push(const std::string& name) {
     navigation.pushViewController(std::make_shared<Screen>(panel.host.platform(), name, calls));
   }
+
+ public:
   ~NavigationTest() override {
     while (navigation.popViewController(false)) {
     }

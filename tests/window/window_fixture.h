@@ -21,9 +21,11 @@ namespace quellar::tests {
 
 /// The real window on the real panel, with a device root and a session bus of its own, without a display.
 class WindowTest : public testing::Test {
+ public:
+  ~WindowTest() override;
+
  protected:
   WindowTest();
-  ~WindowTest() override;
 
   struct Setup {
     host::window::Idiom idiom = host::window::Idiom::phone;
