@@ -2,7 +2,6 @@
 #include "host/window/pictures.h"
 
 #include <QElapsedTimer>
-#include <QEventLoop>
 #include <QGuiApplication>
 #include <QImage>
 #include <QImageWriter>
@@ -10,9 +9,9 @@
 #include <QQuickItem>
 #include <QStyleHints>
 #include <QThreadPool>
-#include <QTimer>
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <stdexcept>
@@ -132,14 +131,7 @@ class Studio {
     window_.window().requestActivate();
   }
 
-  Studio(const Studio&) = delete;
-  Studio& operator=(const Studio&) = delete;
-  // The toolkit ends its animations by an event, and complains where that comes after their window has gone.
-  ~Studio() {
-    QEventLoop rest;
-    QTimer::singleShot(60, &rest, &QEventLoop::quit);
-    rest.exec();
-  }
+  void close() { window_.window().hide(); }
 
   void takeAll() {
     for (const auto& entry : panel_.pages().entries()) take(entry);
@@ -347,11 +339,18 @@ std::vector<std::filesystem::path> writePictures(const Options& options, const s
   QGuiApplication::styleHints()->setCursorFlashTime(0);
   const double scale = options.scale.value_or(kPictureScale);
   Album album(folder);
+  // Each window stays until all pictures are taken: the toolkit ends animations by an event, and complains where that
+  // comes after a window has gone.
+  std::vector<std::unique_ptr<Studio>> studios;
+  const auto open = [&](const Options& wanted, const Form& form, const std::string& ending) -> Studio& {
+    if (!studios.empty()) studios.back()->close();
+    return *studios.emplace_back(std::make_unique<Studio>(wanted, form, scale, ending, album));
+  };
   for (const Form& form : kForms) {
     const std::string ending = std::string("-") + form.name;
-    Studio(options, form, scale, ending, album).takeAll();
+    open(options, form, ending).takeAll();
     for (const Manner& manner : kManners) {
-      Studio(inManner(options, manner), form, scale, std::string("-") + manner.name + ending, album).takeFew();
+      open(inManner(options, manner), form, std::string("-") + manner.name + ending).takeFew();
     }
   }
   return album.finish();

@@ -9,7 +9,6 @@
 namespace quellar::tests {
 
 using platform::Dictionary;
-using testing::ElementsAre;
 
 namespace elsewhere_test {
 

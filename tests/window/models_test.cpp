@@ -71,12 +71,12 @@ TEST(RowMatching, StaysQuickForTwoLongListsThatDiffer) {
 TEST(QtMainQueue, RunsWorksAsTheyFallDueAndNeverAtOnce) {
   QtMainQueue queue;
   std::vector<std::string> done;
-  queue.after(30ms, [&] { done.push_back("late"); });
-  queue.after(0ns, [&] { done.push_back("first"); });
-  queue.after(0ns, [&] { done.push_back("second"); });
+  queue.after(30ms, [&] { done.emplace_back("late"); });
+  queue.after(0ns, [&] { done.emplace_back("first"); });
+  queue.after(0ns, [&] { done.emplace_back("second"); });
   queue.after(10ms, [&] {
-    done.push_back("early");
-    queue.after(0ns, [&] { done.push_back("added"); });
+    done.emplace_back("early");
+    queue.after(0ns, [&] { done.emplace_back("added"); });
   });
   EXPECT_TRUE(done.empty());
   EXPECT_FALSE(queue.idle());

@@ -21,9 +21,7 @@ namespace program_test {
 
 using platform::Dictionary;
 using platform::Value;
-using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::MatchesRegex;
 
 struct Outcome {

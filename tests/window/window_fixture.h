@@ -35,8 +35,8 @@ class WindowTest : public testing::Test {
     double textScale = 1;
   };
   /// Opens the window at a page ("Status Bar").
-  void open(const std::string& page, const Setup& setup);
-  void open(const std::string& page) { open(page, Setup{}); }
+  void open(const std::string& name, const Setup& setup);
+  void open(const std::string& name) { open(name, Setup{}); }
   /// Opens the window at a page made by the test.
   void open(std::shared_ptr<platform::PSListController> page);
   /// Makes the panel, for tests that need it before the window is there.

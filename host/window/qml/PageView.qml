@@ -305,11 +305,11 @@ FocusScope {
         add: Transition {
             enabled: list.rows.animated && Theme.move > 0
             SequentialAnimation {
-                PropertyAction {
+                // No pause: for one the toolkit stops its clock, and complains where what pauses goes.
+                NumberAnimation {
                     property: "opacity"
-                    value: 0
-                }
-                PauseAnimation {
+                    from: 0
+                    to: 0
                     duration: Theme.move * 0.3
                 }
                 NumberAnimation {
