@@ -63,7 +63,7 @@ std::string versionsOf(const std::vector<std::string>& packages) {
   std::vector<std::string> command = {"dpkg-query", "-W", "-f", "${Package} ${Version}, "};
   command.insert(command.end(), packages.begin(), packages.end());
   try {
-    std::string versions = Program(command).readAll();
+    const std::string versions = Program(command).readAll();
     return versions.substr(0, versions.find_last_not_of(", ") + 1);
   } catch (const std::exception&) {
     return {};

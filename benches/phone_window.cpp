@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 #include <utility>
 
@@ -42,8 +43,8 @@ double startToolkit() {
   host::window::chooseRenderer();
   static int argumentCount = 1;
   static std::string name = "quellar-bench";
-  static char* arguments[] = {name.data(), nullptr};
-  application = new QGuiApplication(argumentCount, arguments);
+  static std::array<char*, 2> arguments = {name.data(), nullptr};
+  application = new QGuiApplication(argumentCount, arguments.data());
   host::window::prepareApplication();
   frameClock().install();
   return kPhoneScale;
@@ -91,7 +92,7 @@ void PhoneWindow::rest() {
     frameClock().next();
   }
   // Rows off the view are made when there is time.
-  QQuickItem& rows = list();
+  const QQuickItem& rows = list();
   for (int turn = 0; turn < 1000; ++turn) {
     const auto made = rows.property("contentItem").value<QQuickItem*>()->childItems().size();
     if (made >= std::min(rows.property("count").toInt(), 30)) break;

@@ -9,7 +9,6 @@ namespace session_test {
 
 using host::headless::DeviceOptions;
 using platform::Dictionary;
-using platform::Value;
 using testing::ElementsAre;
 
 constexpr auto kDomain = "com.vantorick.quellar2";

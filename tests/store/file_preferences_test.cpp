@@ -104,8 +104,7 @@ class ScopedUnprivileged {
 /// Lets files grow to `bytes` only; a longer write fails as on a full disk.
 class ScopedFileLimit {
  public:
-  explicit ScopedFileLimit(rlim_t bytes) {
-    formerHandler_ = std::signal(SIGXFSZ, SIG_IGN);
+  explicit ScopedFileLimit(rlim_t bytes) : formerHandler_(std::signal(SIGXFSZ, SIG_IGN)) {
     ::getrlimit(RLIMIT_FSIZE, &former_);
     const rlimit limit{bytes, former_.rlim_max};
     EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
@@ -119,7 +118,7 @@ class ScopedFileLimit {
 
  private:
   rlimit former_{};
-  void (*formerHandler_)(int) = nullptr;
+  void (*formerHandler_)(int);
 };
 
 // The file.

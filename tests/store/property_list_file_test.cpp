@@ -436,16 +436,16 @@ TEST(PropertyListFile, KeepsEntriesThatAreNotTouchedAsTheyWere) {
   // 0: {"big": 2^64-1, "page": {"uid": UID 7, "n": 1}}
   const std::string bytes = binaryPlist({
       "\xD2" + reference(1) + reference(2) + reference(3) + reference(4),
-      "\x53"
-      "big",
-      "\x54"
-      "page",
+      ("\x53"
+       "big"),
+      ("\x54"
+       "page"),
       "\x14" + std::string(8, '\0') + std::string(8, '\xFF'),
       "\xD2" + reference(5) + reference(6) + reference(7) + reference(8),
-      "\x53"
-      "uid",
-      "\x51"
-      "n",
+      ("\x53"
+       "uid"),
+      ("\x51"
+       "n"),
       "\x80\x07",
       "\x10\x01",
   });

@@ -72,7 +72,7 @@ void replaceFile(const std::filesystem::path& file, std::string_view bytes) {
 }
 
 std::string readFile(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
+  const std::ifstream stream(file, std::ios::binary);
   if (!stream) throw std::runtime_error("can't read " + file.string());
   std::ostringstream bytes;
   bytes << stream.rdbuf();

@@ -165,7 +165,7 @@ TEST(TrustInTheBus, SlowItHoldsUpNoPostAndKeepsTheirOrder) {
 
 TEST(TrustInTheBus, FloodedItHoldsUpNoPostKeepsTheirOrderAndTheMemoryFlat) {
   const int signals = isLongForm() ? 100000 : 10000;
-  PrivateBus server;
+  const PrivateBus server;
   Listener listener(server.address());
   Bus bus(server.address());
   std::int64_t foreign = 0;

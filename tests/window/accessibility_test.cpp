@@ -39,7 +39,7 @@ class AccessibilityTest : public testing::Test {
 };
 
 TEST_F(AccessibilityTest, NamesEveryRowByItsLabelAndRoleInReadingOrder) {
-  AccessibleWindow window({"--page", "Custom Carrier Strings"}, [](const TemporaryFolder& root) {
+  const AccessibleWindow window({"--page", "Custom Carrier Strings"}, [](const TemporaryFolder& root) {
     host::linux::FilePreferences((host::linux::DeviceRoot(root.path())))
         .setAppValue("StatusBar_Defaults", Value(Dictionary{{"usesCustomCarrierText", true}}), kDomain);
   });
@@ -60,13 +60,13 @@ TEST_F(AccessibilityTest, NamesEveryRowByItsLabelAndRoleInReadingOrder) {
 }
 
 TEST_F(AccessibilityTest, DescribesAGroupByItsFooter) {
-  AccessibleWindow window({"--page", "Status Bar"});
+  const AccessibleWindow window({"--page", "Status Bar"});
   EXPECT_EQ(window.find("heading", "Appearance").description(),
             "The no bold option will require a respring to take effect");
 }
 
 TEST_F(AccessibilityTest, HasEveryRowOfAPageWithinASecondOfItsOpening) {
-  AccessibleWindow window;
+  const AccessibleWindow window;
   window.find("push button", "Status Bar").act("Press");
   (void)window.find("heading", "Appearance");
   const auto opened = std::chrono::steady_clock::now();

@@ -8,6 +8,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <tuple>
 
 #include "accessible_window.h"
 #include "host/linux/file_preferences.h"
@@ -75,7 +76,7 @@ class Walk {
       : window_({}, [](const TemporaryFolder& root) {
           // Another control centre, which has a page of its own.
           std::filesystem::create_directories(root.path() / "usr/lib");
-          (void)root.write("usr/lib/libflipcontrolcenter.dylib", "");
+          std::ignore = root.write("usr/lib/libflipcontrolcenter.dylib", "");
           turnOnAllSwitches(root.path());
         }) {
     for (const json& page : command(window_.root().path(), "pages"))

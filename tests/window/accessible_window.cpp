@@ -77,7 +77,7 @@ std::string Accessible::description() const {
 }
 
 std::string Accessible::role() const {
-  std::string name = taken(atspi_accessible_get_role_name(object_.get(), nullptr));
+  const std::string name = taken(atspi_accessible_get_role_name(object_.get(), nullptr));
   return name == "text" && has(ATSPI_STATE_EDITABLE) ? "entry" : name;
 }
 

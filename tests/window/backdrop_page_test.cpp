@@ -86,7 +86,7 @@ TEST_F(BackdropPage, ShowsThirtyOneLabelledPreviewsTwoInALine) {
 TEST_F(BackdropPage, HasTheItemSizesOfItsPickerAtEveryWidth) {
   // Beside the list of pages there is less room.
   openPicker({.size = QSize(1180, 600)});
-  EXPECT_EQ(previews().front()->size(), QSizeF((1180 - 400) / 2 - 20, 90));
+  EXPECT_EQ(previews().front()->size(), QSizeF((1180 - 400) / 2.0 - 20, 90));
   view().resize(600, 600);
   ASSERT_TRUE(eventually([this] { return previews().front()->width() == 280; }));
   view().resize(500, 600);

@@ -32,7 +32,6 @@ using host::window::SettingsWindow;
 using host::window::WindowPlatform;
 using platform::Dictionary;
 using platform::Value;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 // Points that a place may be short of what the toolkit rounds.
