@@ -13,7 +13,7 @@ using host::linux::StringTable;
 
 namespace {
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
   std::string result = "\"";
   for (const char each : text) {
     if (each == '"' || each == '\\') {
@@ -67,7 +67,7 @@ void stringTable(std::string_view bytes) {
   std::string written;
   for (const auto& [key, value] : table.entries) {
     demand(host::linux::isUtf8(key) && host::linux::isUtf8(value), "texts are well-formed");
-    written += quoted(key) + " = " + quoted(value) + ";\n";
+    written += inQuotes(key) + " = " + inQuotes(value) + ";\n";
   }
   for (const std::string& form : {written, asUtf16(written, false), asUtf16(written, true)}) {
     const StringTable again = host::linux::parseStringTable(form);
