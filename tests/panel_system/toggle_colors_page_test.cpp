@@ -162,8 +162,8 @@ TEST(ToggleColorsPage, ImportsEveryKeyOfTheSiblingsFileWhateverItIs) {
 }
 
 TEST(ToggleColorsPage, StoresAndPostsWhereTheSiblingsFileGivesNothing) {
-  const std::vector<std::optional<Value>> files = {std::nullopt, Value("text"), Value(Array{"wifi", "#abcdef"}), Value(1),
-                                             Value(Dictionary{})};
+  const std::vector<std::optional<Value>> files = {std::nullopt, Value("text"), Value(Array{"wifi", "#abcdef"}),
+                                                   Value(1), Value(Dictionary{})};
   for (const auto& file : files) {
     TogglesPanel panel;
     panel.storeOn();
