@@ -212,10 +212,21 @@ class Studio {
     save("rows");
     press(Qt::Key_Down);
     save("rows-focus");
+    revealLastRow();
+    save("rows-end");
     openSample(Sample::disabled);
     save("rows-disabled");
+    revealLastRow();
+    save("rows-disabled-end");
     openSample(Sample::lengthy);
     save("rows-lengthy");
+    revealLastRow();
+    save("rows-lengthy-end");
+  }
+
+  void revealLastRow() {
+    const int last = window_.navigation().top()->rows()->rowCount() - 1;
+    QMetaObject::invokeMethod(&window_.window(), "revealRow", Q_ARG(QVariant, last));
   }
 
   void takeNotices() {
