@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <ctime>
 #include <thread>
 #include <utility>
@@ -42,9 +43,9 @@ void removeName(int folder, const std::string& name, const std::filesystem::path
   }
 }
 
-/// Removes a name where nothing can be done about a failure.
-void tryToRemoveName(int folder, const std::string& name) {
-  static_cast<void>(retried([&] { return ::unlinkat(folder, name.c_str(), 0); }));
+/// Removes a name where nothing can be done about a failure; whether it is gone.
+bool tryToRemoveName(int folder, const std::string& name) {
+  return retried([&] { return ::unlinkat(folder, name.c_str(), 0); }) == 0;
 }
 
 /// Closes a file that was written; some file systems tell only now that they could not take it.
@@ -55,6 +56,12 @@ void closeWritten(FileDescriptor written, const std::filesystem::path& file) {
 
 bool cannotLink(int error) {
   return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK || error == EXDEV;
+}
+
+/// Whether two names could not be exchanged for a reason that does not stand in the way of renaming the one over the
+/// other: there is no second name yet, or the file system, the kernel or a sandbox knows no exchange.
+bool cannotExchange(int error) {
+  return error == ENOENT || error == EINVAL || error == EOPNOTSUPP || error == ENOSYS || error == EPERM;
 }
 
 FileDescriptor openLock(const DomainPlace& place) {
@@ -243,15 +250,26 @@ NextVersion::NextVersion(const DomainPlace& place, std::string_view bytes) : pla
 }
 
 NextVersion::~NextVersion() {
-  if (!isCommitted_) tryToRemoveName(place_.folder(), place_.temporaryName());
+  if (isLeft_) tryToRemoveName(place_.folder(), place_.temporaryName());
 }
 
 void NextVersion::commit() {
   const std::string name = place_.temporaryName();
-  if (retried([&] { return ::renameat(place_.folder(), name.c_str(), place_.folder(), place_.name().c_str()); }) != 0) {
-    throwErrno(place_.file, "can't replace it");
+  const auto moved = [&](unsigned flags) {
+    return retried([&] {
+             return ::renameat2(place_.folder(), name.c_str(), place_.folder(), place_.name().c_str(), flags);
+           }) == 0;
+  };
+  // A file system that cares for programs that never flush (ext4, btrfs) sends a new file to the device before it
+  // replaces another, and the writer waits for it. The kept version is there for what that is to prevent, and of an
+  // exchange of two names nobody takes it that it replaces anything.
+  if (moved(RENAME_EXCHANGE)) {
+    // The temporary name is the former file's now. Where it can't be removed at once, it is tried again at the end.
+    isLeft_ = !tryToRemoveName(place_.folder(), name);
+    return;
   }
-  isCommitted_ = true;
+  if (!cannotExchange(errno) || !moved(0)) throwErrno(place_.file, "can't replace it");
+  isLeft_ = false;
 }
 
 SafetyCopy::SafetyCopy(const DomainPlace& place, const std::string& stem, const FileDescriptor& source,

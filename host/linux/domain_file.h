@@ -17,10 +17,11 @@
 //
 // Beside `<file>` there may be:
 //   <file>.lock      held (flock(2)) by whoever replaces the file or one of the names below; never removed
-//   <file>.tmp       the next version while it is written; only the holder of the lock has one, so one that is found
-//                    under the lock was left by a writer that died
-//   <file>.flushed   a second link to the last version that is known to be on the device. The file itself is renamed
-//                    over without waiting for the device, so a power cut can leave it torn.
+//   <file>.tmp       the next version while it is written, and the former one once the two have exchanged their names;
+//                    only the holder of the lock has one, so one that is found under the lock was left by a writer
+//                    that died
+//   <file>.flushed   a second link to the last version that is known to be on the device. The file itself is replaced
+//                    without waiting for the device, so a power cut can leave it torn.
 //
 // All operations throw a FileError that names the domain file.
 
@@ -100,7 +101,8 @@ class NextVersion {
  private:
   const DomainPlace& place_;
   FileDescriptor handle_;
-  bool isCommitted_ = false;
+  /// Whether the temporary name is still to be removed.
+  bool isLeft_ = true;
 };
 
 /// A copy of a file under the first free of the names `<stem>-1`, `<stem>-2`, ...; removed again unless it is kept.

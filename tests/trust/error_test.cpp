@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <sstream>
@@ -43,16 +44,19 @@ WriterRun runWriter(const Scenario& scenario, const WrittenRoot& root, int faili
   const int outputEnd = output.writing.get();
   Tracee writer([&] { return scenario.write(root, outputEnd); });
   const pid_t main = writer.process();
-  run.end = writer.run([&](const SystemCall& call) {
+  const auto atEntry = [&](const SystemCall& call) {
     if (call.thread != main || isAboutMemoryOrTime(call.number)) return Verdict{};
     if (call.number == SYS_write && call.argument(0) == outputEnd) return Verdict{};
     const int ordinal = static_cast<int>(run.calls.size());
     run.calls.push_back(call);
+    return ordinal == failing ? Verdict{Verdict::Kind::Fail, error} : Verdict{};
+  };
+  const auto atReturn = [&](const SystemCall& call) {
     const bool isRename = call.number == SYS_renameat || call.number == SYS_renameat2;
-    const bool fails = ordinal == failing;
-    if (isRename && !fails && writer.textAt(call.arguments[3]) == kTrustFile) run.isRenamed = true;
-    return fails ? Verdict{Verdict::Kind::Fail, error} : Verdict{};
-  });
+    if (isRename && call.result == 0 && writer.textAt(call.arguments[3]) == kTrustFile) run.isRenamed = true;
+    return Verdict{};
+  };
+  run.end = writer.run(atEntry, atReturn);
   run.told = output.contents();
   return run;
 }
@@ -163,6 +167,30 @@ TEST_P(Errors, OfEachSystemCallAreToldAndLoseNothing) {
   EXPECT_GT(told, 0);
   std::cout << scenario.name << ": " << failures << " failures of " << undisturbed.calls.size() << " system calls, "
             << told << " told.\n";
+}
+
+TEST(Error, AFileSystemOrASystemWithoutExchangesGetsTheFileRenamed) {
+  const TemporaryFolder folder(quickFolder());
+  const WrittenRoot root{folder.path() / "root"};
+  const Scenario& scenario = scenarios().front();
+  scenario.prepare(root);
+  const WriterRun undisturbed = runWriter(scenario, root, -1, 0);
+  const auto exchange = std::ranges::find_if(undisturbed.calls, [](const SystemCall& call) {
+    return call.number == SYS_renameat2 && call.argument(4) == RENAME_EXCHANGE;
+  });
+  ASSERT_NE(exchange, undisturbed.calls.end());
+  const auto ordinal = static_cast<int>(exchange - undisturbed.calls.begin());
+  for (const int error : {EINVAL, EOPNOTSUPP, ENOSYS, EPERM}) {
+    SCOPED_TRACE(host::linux::errorText(error));
+    scenario.prepare(root);
+    const WriterRun run = runWriter(scenario, root, ordinal, error);
+    EXPECT_EQ(run.end, Tracee::End{});
+    EXPECT_EQ(run.told, undisturbed.told);
+    EXPECT_TRUE(run.isRenamed);
+    EXPECT_TRUE(holdsLatter(root));
+    EXPECT_FALSE(fs::exists(root.beside(".tmp")));
+    EXPECT_EQ(scenario.faults(root, true), "");
+  }
 }
 
 }  // namespace error_test

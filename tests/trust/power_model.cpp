@@ -32,6 +32,9 @@ void PowerModel::apply(const FileAction& action) {
     case Kind::Rename:
       change({Place{action.formerFolder, action.formerName}, place, action.node});
       break;
+    case Kind::Exchange:
+      change({Place{action.formerFolder, action.formerName}, place, action.node, action.formerNode});
+      break;
     case Kind::Remove:
       change({{}, place, {}});
       break;
@@ -56,7 +59,11 @@ void PowerModel::change(Change change) {
 }
 
 void PowerModel::carryOut(const Change& change, Names& names) {
-  if (change.gone) names.erase(*change.gone);
+  if (change.exchanged) {
+    names[*change.left] = *change.exchanged;
+  } else if (change.left) {
+    names.erase(*change.left);
+  }
   if (change.node) {
     names[change.place] = *change.node;
   } else {
@@ -65,7 +72,7 @@ void PowerModel::carryOut(const Change& change, Names& names) {
 }
 
 bool PowerModel::concerns(const Change& change, int folder) {
-  return change.place.first == folder || (change.gone && change.gone->first == folder);
+  return change.place.first == folder || (change.left && change.left->first == folder);
 }
 
 std::vector<std::string> PowerModel::possibleBytes(const Node& node) {

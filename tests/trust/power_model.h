@@ -14,18 +14,19 @@ namespace quellar::tests {
 
 /// What a process did to files, as far as a power cut can undo it.
 struct FileAction {
-  enum class Kind { Create, MakeFolder, MakeLink, Write, Link, Rename, Remove, Flush, Tell };
+  enum class Kind { Create, MakeFolder, MakeLink, Write, Link, Rename, Exchange, Remove, Flush, Tell };
   Kind kind = Kind::Tell;
   /// The file or folder that is created, written, linked, renamed or flushed, by a number of its own.
   int node = 0;
   /// Where its name stands, or comes to stand: the number of a folder, and the name.
   int folder = 0;
   std::string name;
-  /// Of a Rename, the place that it leaves.
+  /// Of a Rename, the place that it leaves; of an Exchange, the other one's place and number.
   int formerFolder = 0;
   std::string formerName;
   /// What is written, told, or the target of a symbolic link.
   std::string bytes;
+  int formerNode = 0;
 };
 
 /// A file system as it may be after a power cut, in the model of a careful pessimist:
@@ -73,10 +74,12 @@ class PowerModel {
   using Names = std::map<Place, int>;
   /// A change of names, all of it or nothing.
   struct Change {
-    std::optional<Place> gone;
+    std::optional<Place> left;
     Place place;
     /// None where the name is removed.
     std::optional<int> node;
+    /// What gets the place that is left, in an exchange.
+    std::optional<int> exchanged = std::nullopt;
   };
 
   void change(Change change);

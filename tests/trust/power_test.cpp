@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <set>
@@ -153,7 +154,16 @@ class Recorder {
         const Named place = named(writer, call, 2);
         const std::optional<int> node = numberAt(place.path, false);
         ASSERT_TRUE(node && place.folder && former.folder);
-        actions.push_back({Kind::Rename, *node, *place.folder, place.name, *former.folder, former.name, {}});
+        const bool isExchange = call.number == SYS_renameat2 && (call.argument(4) & RENAME_EXCHANGE) != 0;
+        if (!isExchange) {
+          actions.push_back({Kind::Rename, *node, *place.folder, place.name, *former.folder, former.name, {}});
+          break;
+        }
+        // It was carried out, so each has the other's name.
+        const std::optional<int> exchanged = numberAt(former.path, false);
+        ASSERT_TRUE(exchanged);
+        actions.push_back(
+            {Kind::Exchange, *node, *place.folder, place.name, *former.folder, former.name, {}, *exchanged});
         break;
       }
       case SYS_unlinkat: {
@@ -276,7 +286,8 @@ TEST_P(Power, ACutAtAnyMomentLosesNothingThatWasFlushed) {
     return std::ranges::count(recorder.actions, kind, &FileAction::kind);
   };
   ASSERT_EQ(count(FileAction::Kind::Tell), 9);
-  ASSERT_GE(count(FileAction::Kind::Rename), 9);
+  ASSERT_GE(count(FileAction::Kind::Rename) + count(FileAction::Kind::Exchange), 9);
+  ASSERT_GE(count(FileAction::Kind::Exchange), 5);
   ASSERT_GE(count(FileAction::Kind::Flush), 6);
 
   // What was there before was flushed, whoever wrote it.
