@@ -8,6 +8,7 @@ build_packages=(
   cmake
   g++
   libcli11-dev
+  libfontconfig-dev
   libgl-dev
   libplist-dev
   librsvg2-bin

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include <fontconfig/fontconfig.h>
+#include <malloc.h>
+
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <QScreen>
@@ -7,6 +10,8 @@
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <system_error>
+#include <thread>
 
 #include "host/window/opening.h"
 #include "host/window/options.h"
@@ -23,6 +28,27 @@ void tellNoDisplay(QtMsgType type, const QMessageLogContext& /*context*/, const 
   if (type != QtFatalMsg) return;
   std::fputs("quellar-settings: there is no display to open a window on (--pictures DIR works without one)\n", stderr);
   std::_Exit(1);
+}
+
+// One heap for all threads: a thread's own one grows by a page at a time, with a system call for each, and the toolkit
+// loads the view on a thread of its own.
+void chooseHeap() {
+#if defined(__GLIBC__)
+  constexpr int kGrowth = 1 << 20;
+  ::mallopt(M_ARENA_MAX, 1);
+  ::mallopt(M_TOP_PAD, kGrowth);
+#endif
+}
+
+// Reads the system's list of typefaces, which the first text waits for, while the toolkit starts. The library is made
+// for several threads, and the toolkit finds the list read.
+std::jthread readTypefaces() {
+  try {
+    return std::jthread([] { ::FcInit(); });
+  } catch (const std::system_error&) {
+    // The system has no thread left: the list is read when it is needed.
+    return {};
+  }
 }
 
 void chooseScale(double scale) {
@@ -119,6 +145,8 @@ int main(int argc, char** argv) {
     chooseScale(*options.scale);
   }
   chooseRenderer();
+  chooseHeap();
+  const std::jthread typefaces = readTypefaces();
   // The arguments are all ours.
   int ownArgc = 1;
   const QtMessageHandler usual = qInstallMessageHandler(tellNoDisplay);

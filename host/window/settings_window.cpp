@@ -3,6 +3,7 @@
 
 #include <QFont>
 #include <QGuiApplication>
+#include <QQmlComponent>
 #include <QVariantMap>
 #include <clocale>
 #include <stdexcept>
@@ -38,17 +39,20 @@ SettingsWindow::SettingsWindow(platform::NavigationController& controller, const
   engine_.addImageProvider("glyph", new GlyphProvider);
   engine_.addImageProvider("swatch", new SwatchProvider);
   engine_.addImageProvider("backdrop", new BackdropProvider(resources.wallpaper));
-  engine_.setInitialProperties(
+  QObject::connect(&navigation_, &NavigationModel::topChanged, resources.elsewhere, &ElsewhereWatch::checkSoon);
+  QQmlComponent view(&engine_, QUrl(kView));
+  std::unique_ptr<QObject> made(view.createWithInitialProperties(
       {{"navigation", QVariant::fromValue<QObject*>(&navigation_)},
        {"status", QVariant::fromValue<QObject*>(&state_)},
        {"elsewhere", QVariant::fromValue<QObject*>(resources.elsewhere)},
        {"texts", QVariantMap{{"changedElsewhere", resources.text("Changed elsewhere. Reopen to see it.")},
                              {"reopen", resources.text("Reopen")}}},
-       {"rowOrder", QVariant::fromValue<QObject*>(&order_)}});
-  QObject::connect(&navigation_, &NavigationModel::topChanged, resources.elsewhere, &ElsewhereWatch::checkSoon);
-  engine_.load(QUrl(kView));
-  window_ = engine_.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
-  if (!window_) throw std::runtime_error("the view of the window can't be loaded");
+       {"rowOrder", QVariant::fromValue<QObject*>(&order_)}}));
+  window_.reset(qobject_cast<QQuickWindow*>(made.get()));
+  if (!window_) throw std::runtime_error("the view of the window can't be loaded: " + view.errorString().toStdString());
+  static_cast<void>(made.release());
+  // Rows beyond the window are made between its frames.
+  engine_.setIncubationController(window_->incubationController());
   window_->installEventFilter(&state_);
 }
 
@@ -62,7 +66,7 @@ bool SettingsWindow::revealRow(const QString& identifier) {
   PageModel* page = navigation_.top();
   const int index = page ? page->rows()->indexOf(identifier) : -1;
   if (index < 0) return false;
-  QMetaObject::invokeMethod(window_, "revealRow", Q_ARG(QVariant, index));
+  QMetaObject::invokeMethod(window_.get(), "revealRow", Q_ARG(QVariant, index));
   return true;
 }
 

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QQmlApplicationEngine>
+#include <QQmlEngine>
 #include <QQuickWindow>
 #include <QSize>
+#include <memory>
 
 #include "host/window/navigation_model.h"
 #include "host/window/row_order.h"
@@ -41,8 +42,8 @@ class SettingsWindow {
   WindowState state_;
   RowOrder order_;
   // Last, so that the view goes before what it shows.
-  QQmlApplicationEngine engine_;
-  QQuickWindow* window_ = nullptr;
+  QQmlEngine engine_;
+  std::unique_ptr<QQuickWindow> window_;
 };
 
 }  // namespace quellar::host::window

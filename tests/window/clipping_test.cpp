@@ -289,10 +289,11 @@ class Stage {
   }
 
   const QQuickItem* dialogLayer() {
-    const auto children = window_.window().contentItem()->childItems();
-    const auto found =
-        std::ranges::find_if(children, [](const QQuickItem* item) { return item->property("presence").isValid(); });
-    return *found;
+    for (const QQuickItem* item : window_.window().contentItem()->childItems()) {
+      const auto* loaded = item->property("item").value<QQuickItem*>();
+      if (loaded != nullptr && loaded->property("presence").isValid()) return loaded;
+    }
+    throw std::runtime_error("no dialog is shown");
   }
 
   void popTo(std::size_t depth) {

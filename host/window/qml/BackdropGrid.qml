@@ -6,7 +6,7 @@ FocusScope {
     id: grid
 
     required property QtObject previews
-    property bool keyboardInUse: false
+    required property QtObject status
     // The preview that the keys are at.
     property int current: 0
 
@@ -177,8 +177,8 @@ FocusScope {
                         anchors.fill: parent
                         radius: grid.previews.corner
                         color: area.pressed ? "#33000000" : "transparent"
-                        border.width: item.activeFocus && grid.keyboardInUse ? 3 : 1
-                        border.color: item.activeFocus && grid.keyboardInUse ? Theme.accent : "#14000000"
+                        border.width: item.activeFocus && grid.status.keyboardInUse ? 3 : 1
+                        border.color: item.activeFocus && grid.status.keyboardInUse ? Theme.accent : "#14000000"
                     }
                     // White has to be read on white glass too.
                     Rectangle {

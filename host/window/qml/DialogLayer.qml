@@ -7,17 +7,20 @@ FocusScope {
     id: overlay
 
     required property QtObject dialog
-    property bool keyboardInUse: false
-    property Item anchorItem: null
+    required property QtObject status
+    // What the dialogs lie over, and gets the focus back.
+    required property Item stack
 
-    readonly property bool shown: dialog.shown
+    readonly property bool keyboardInUse: status.keyboardInUse
+    readonly property Item anchorItem: stack.anchorItem
+    // The first dialog is shown before this layer is there, and comes as all others do.
+    property bool completed: false
+    readonly property bool shown: completed && dialog.shown
     readonly property bool popover: dialog.anchored && anchorItem !== null
     readonly property bool sheet: dialog.kind === "sheet" && !popover
     // 0 away, 1 fully there.
     property real presence: shown ? 1 : 0
     readonly property point anchorPoint: popover ? anchorItem.mapToItem(overlay, anchorItem.width / 2, anchorItem.height) : Qt.point(0, 0)
-
-    signal closed
 
     function moveFocus(step) {
         const stops = entry.visible ? entry.stops() : [];
@@ -57,8 +60,9 @@ FocusScope {
         if (shown)
             colorPanel.item ? colorPanel.item.begin() : start();
         else
-            overlay.closed();
+            stack.forceActiveFocus();
     }
+    Component.onCompleted: completed = true
 
     Behavior on presence {
         NumberAnimation {

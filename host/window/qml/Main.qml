@@ -45,7 +45,7 @@ Window {
         rowOrder: window.rowOrder
         elsewhere: window.elsewhere
         texts: window.texts
-        enabled: !dialog.shown
+        enabled: dialogs.item === null || !dialogs.item.shown
         focus: true
     }
 
@@ -55,13 +55,18 @@ Window {
         onTapped: window.navigation.back()
     }
 
-    DialogLayer {
-        id: dialog
+    // The dialogs are loaded with the first one that is shown: the window opens without them.
+    Loader {
+        id: dialogs
+
+        readonly property bool wanted: window.navigation.dialog.shown
 
         anchors.fill: parent
-        dialog: window.navigation.dialog
-        keyboardInUse: window.status.keyboardInUse
-        anchorItem: stack.anchorItem
-        onClosed: stack.forceActiveFocus()
+        onWantedChanged: if (wanted && source.toString() === "")
+            setSource("DialogLayer.qml", {
+                dialog: window.navigation.dialog,
+                status: window.status,
+                stack: stack
+            })
     }
 }

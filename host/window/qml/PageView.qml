@@ -424,12 +424,12 @@ FocusScope {
         id: previews
 
         anchors.fill: list
-        active: view.page.previews !== null
-        focus: active
-        sourceComponent: BackdropGrid {
-            previews: view.page.previews
-            keyboardInUse: view.status.keyboardInUse
-            focus: true
-        }
+        focus: view.page.previews !== null
+        Component.onCompleted: if (view.page.previews)
+            setSource("BackdropGrid.qml", {
+                previews: view.page.previews,
+                status: view.status,
+                focus: true
+            })
     }
 }
