@@ -3,9 +3,10 @@
 #
 # usage: scripts/fuzz.sh SECONDS [WHAT]...
 #
-# Runs the fuzzers of build/fuzz (all of them, or fuzz_WHAT), one after another, for so many seconds of processor time
-# each. They start from tests/fuzz/corpus and keep what they find beside the build, for the next run. What breaks is
-# written to build/fuzz/broken, and the run fails; it goes into tests/fuzz/corpus once it is mended.
+# Runs the fuzzers of build/fuzz (all of them, or fuzz_WHAT), as many at a time as there are processors, for so many
+# seconds of processor time each. They start from tests/fuzz/corpus and keep what they find beside the build, for the
+# next run. What breaks is written to build/fuzz/broken, and the run fails; it goes into tests/fuzz/corpus once it is
+# mended.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/common.sh"
@@ -43,7 +44,11 @@ main() {
   if (($# == 0)); then
     for fuzzer in "$root"/tests/fuzz/fuzz_*.cpp; do set -- "$@" "$(basename "$fuzzer" .cpp | sed 's/^fuzz_//')"; done
   fi
-  for fuzzer in "$@"; do fuzz "$fuzzer" "$seconds" || status=1; done
+  for fuzzer in "$@"; do
+    if (($(jobs -rp | wc -l) >= $(nproc))); then wait -n || status=1; fi
+    fuzz "$fuzzer" "$seconds" &
+  done
+  while (($(jobs -p | wc -l) > 0)); do wait -n || status=1; done
   return "$status"
 }
 
