@@ -70,6 +70,25 @@ TEST_F(Motion, ShowsEverythingAtOnceWhereItIsToBeReduced) {
   EXPECT_EQ(row("Text:")->opacity(), 1);
 }
 
+TEST_F(Motion, LoadsTheDialogsWithTheFirstOneWhichRisesAsTheOthersDo) {
+  open("Quellar", {.reducedMotion = false});
+  EXPECT_EQ(dialogLayer(), nullptr);
+  for (int dialog = 0; dialog < 2; ++dialog) {
+    SCOPED_TRACE(dialog);
+    click(barButton("Respring"));
+    // It is on its way, and has the focus.
+    ASSERT_TRUE(eventually([this] { return dialogLayer() != nullptr; }));
+    EXPECT_LT(dialogLayer()->property("presence").toDouble(), 1);
+    EXPECT_FALSE(list()->isEnabled());
+    EXPECT_TRUE(eventually([this] { return dialogLayer()->property("presence").toDouble() == 1; }));
+    EXPECT_TRUE(dialogLayer()->hasActiveFocus());
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(eventually([this] { return dialogLayer() == nullptr; }));
+    EXPECT_TRUE(list()->isEnabled());
+    EXPECT_TRUE(list()->hasActiveFocus());
+  }
+}
+
 TEST_F(Motion, GivesWayPastTheTopAndComesBack) {
   open("Status Bar");
   const double top = contentY();
