@@ -161,11 +161,9 @@ void keepFlushed(const DomainPlace& place, const FileVersion& flushed) {
 }
 
 /// Flushes the file with what is needed for it to be found; the lock is held by the caller or taken in between.
-std::optional<FlushedVersion> flushOnce(const DomainPlace& place, const std::chrono::milliseconds* lockLimit,
-                                        bool& wasReplaced) {
-  wasReplaced = false;
+Flush flushOnce(const DomainPlace& place, const std::chrono::milliseconds* lockLimit) {
   const FileDescriptor opened = openDomainFile(place);
-  if (!opened) return std::nullopt;
+  if (!opened) return {};
   sync(opened.get(), place.file);
   // At the first flush the folders may be as new as the file.
   if (!versionAt(place.folder(), place.flushedName(), place.file)) syncFoldersAbove(place);
@@ -176,13 +174,12 @@ std::optional<FlushedVersion> flushOnce(const DomainPlace& place, const std::chr
     if (lockLimit != nullptr) lock.emplace(place, *lockLimit);
     flushed.before = versionOf(opened.get(), place.file);
     const std::optional<FileVersion> current = place.version();
-    wasReplaced = !current || !current->isSameFile(flushed.before);
-    if (wasReplaced) return std::nullopt;
+    if (!current || !current->isSameFile(flushed.before)) return {.version = std::nullopt, .wasReplaced = true};
     if (isWhole) keepFlushed(place, flushed.before);
     flushed.after = versionOf(opened.get(), place.file);
   }
   sync(place.folder(), place.file);
-  return flushed;
+  return {.version = flushed, .wasReplaced = false};
 }
 
 }  // namespace
@@ -210,12 +207,19 @@ std::optional<FileVersion> versionAt(int folder, const std::string& name, const 
 
 DomainLock::DomainLock(const DomainPlace& place, std::chrono::milliseconds limit) : lock_(openLock(place)) {
   using Clock = std::chrono::steady_clock;
+  // Most have done with the lock by then, and the shortest sleep is longer.
+  constexpr std::chrono::microseconds kAwake{50};
   constexpr std::chrono::microseconds kLongestPause{2000};
   std::chrono::microseconds pause{50};
   const Clock::time_point start = Clock::now();
   // flock(2) can't wait for a time, and another kind of lock would not be given up by each kind of death.
   while (!tryLock(lock_, place)) {
-    if (Clock::now() - start >= limit) {
+    const auto waited = Clock::now() - start;
+    if (waited < std::min<Clock::duration>(kAwake, limit)) {
+      std::this_thread::yield();
+      continue;
+    }
+    if (waited >= limit) {
       throw FileError(place.file, "another program has kept " + place.lockName() + " locked for " +
                                       std::to_string(limit.count()) + " ms");
     }
@@ -331,20 +335,22 @@ SafetyCopy::~SafetyCopy() {
   if (!isKept_) tryToRemoveName(place_.folder(), copyName_);
 }
 
+Flush tryToFlushDomainFile(const DomainPlace& place, std::chrono::milliseconds lockLimit) {
+  return flushOnce(place, &lockLimit);
+}
+
 std::optional<FlushedVersion> flushDomainFile(const DomainPlace& place, std::chrono::milliseconds lockLimit) {
   constexpr int kTriesWithoutLock = 3;
   for (int tries = 0; tries < kTriesWithoutLock; ++tries) {
-    bool wasReplaced = false;
-    std::optional<FlushedVersion> flushed = flushOnce(place, &lockLimit, wasReplaced);
-    if (!wasReplaced) return flushed;
+    const Flush flush = tryToFlushDomainFile(place, lockLimit);
+    if (!flush.wasReplaced) return flush.version;
   }
   const DomainLock lock(place, lockLimit);
   return flushLockedDomainFile(place);
 }
 
 std::optional<FlushedVersion> flushLockedDomainFile(const DomainPlace& place) {
-  bool wasReplaced = false;
-  return flushOnce(place, nullptr, wasReplaced);
+  return flushOnce(place, nullptr).version;
 }
 
 void removeLeftovers(const DomainPlace& place) {

@@ -130,9 +130,19 @@ struct FlushedVersion {
   FileVersion after;
 };
 
+/// What came of a flush: the version, none where there is no file; or that the file was replaced meanwhile, and the
+/// version that it has now may not be on the device.
+struct Flush {
+  std::optional<FlushedVersion> version;
+  bool wasReplaced = false;
+};
+
 /// Brings the domain file to the storage device and makes it the kept version; a file that is no whole domain is not
-/// kept. Returns nothing where there is no file. Doesn't hold the lock while it waits for the device, unless the file
-/// is replaced again and again meanwhile.
+/// kept. Doesn't hold the lock while it waits for the device, so that no writer waits with it.
+Flush tryToFlushDomainFile(const DomainPlace& place, std::chrono::milliseconds lockLimit);
+
+/// The same until it is done: where the file is replaced again and again, it is flushed with the lock held. Returns
+/// nothing where there is no file.
 std::optional<FlushedVersion> flushDomainFile(const DomainPlace& place, std::chrono::milliseconds lockLimit);
 
 /// The same for a caller that holds the lock.

@@ -48,7 +48,7 @@ FilePreferences::~FilePreferences() {
   // The thread has ended; nothing is shared any more.
   std::vector<std::string> names;
   for (const auto& [name, unflushed] : unflushed_) names.push_back(name);
-  for (const std::string& name : names) flush(name);
+  for (const std::string& name : names) flush(name, Insistence::UntilDone);
 }
 
 std::optional<Value> FilePreferences::copyAppValue(std::string_view key, std::string_view domainName) {
@@ -84,7 +84,7 @@ void FilePreferences::appSynchronize(std::string_view domainName) {
     const std::lock_guard guard(mutex_);
     if (!unflushed_.contains(name)) return;
   }
-  flush(name);
+  flush(name, Insistence::UntilDone);
 }
 
 std::optional<StoreTrouble> FilePreferences::readTrouble(std::string_view domainName) {
@@ -362,7 +362,7 @@ bool FilePreferences::isFlusherIdle() const {
 }
 
 /// Flushes a domain on the calling thread, and notes how it went.
-void FilePreferences::flush(const std::string& name) {
+void FilePreferences::flush(const std::string& name, Insistence insistence) {
   std::uint64_t writes = 0;
   {
     const std::lock_guard guard(mutex_);
@@ -370,19 +370,28 @@ void FilePreferences::flush(const std::string& name) {
   }
   const std::string path = pathOf(name);
   std::optional<StoreTrouble> trouble;
-  std::optional<FlushedVersion> flushed;
+  Flush flushed;
   try {
-    if (auto place = root_.placeForWriting(path)) {
-      flushed = flushDomainFile({*std::move(place), root_.hostPath(path)}, options_.lockLimit);
+    if (auto found = root_.placeForWriting(path)) {
+      const DomainPlace place{*std::move(found), root_.hostPath(path)};
+      if (insistence == Insistence::TryOnce) {
+        flushed = tryToFlushDomainFile(place, options_.lockLimit);
+      } else {
+        flushed.version = flushDomainFile(place, options_.lockLimit);
+      }
     }
   } catch (const FileError& error) {
     trouble = {StoreTrouble::Kind::Write, error.file(), error.cause()};
   }
   {
     const std::lock_guard guard(mutex_);
-    if (flushed) flushed_[name] = *flushed;
+    if (flushed.version) flushed_[name] = *flushed.version;
     const auto unflushed = unflushed_.find(name);
-    if (unflushed != unflushed_.end() && unflushed->second.writes == writes) {
+    if (unflushed != unflushed_.end() && flushed.wasReplaced) {
+      // Holding the writers up until the device has taken it would hold the panel up.
+      unflushed->second.firstWrite = std::chrono::steady_clock::now();
+      unflushed->second.due = unflushed->second.firstWrite + options_.flushDelay;
+    } else if (unflushed != unflushed_.end() && unflushed->second.writes == writes) {
       if (trouble) {
         unflushed->second.hasFailed = true;
       } else {
@@ -409,7 +418,7 @@ void FilePreferences::runFlushes(const std::stop_token& stop) {
     } else {
       const std::string name = next->first;
       guard.unlock();
-      flush(name);
+      flush(name, Insistence::TryOnce);
       guard.lock();
     }
   }

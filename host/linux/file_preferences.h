@@ -43,7 +43,7 @@ struct FilePreferencesOptions {
   /// How long a write waits for another writer.
   std::chrono::milliseconds lockLimit{5000};
   /// How long after the last write the domain is flushed to the storage device. While writes go on it is flushed
-  /// after four times as long.
+  /// after four times as long, unless they come faster than the device takes one.
   std::chrono::milliseconds flushDelay{500};
 };
 
@@ -136,7 +136,8 @@ class FilePreferences final : public platform::Preferences {
 
   void noteUnflushed(const Domain& domain);
   [[nodiscard]] bool isFlusherIdle() const;
-  void flush(const std::string& name);
+  enum class Insistence { TryOnce, UntilDone };
+  void flush(const std::string& name, Insistence insistence);
   void runFlushes(const std::stop_token& stop);
 
   const DeviceRoot root_;
