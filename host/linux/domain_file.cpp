@@ -137,19 +137,23 @@ bool isWholeDomain(const FileDescriptor& opened, const std::filesystem::path& fi
   }
 }
 
-/// Gives the domain file, which was just flushed, its second name. Needs the lock.
-void keepFlushed(const DomainPlace& place, const FileVersion& flushed) {
+/// Gives the domain file, which was just flushed, its second name. Needs the lock. Returns a hold on the version that
+/// was kept until now: with the last hold on a file its blocks are freed, which takes as long as a flush and is not to
+/// be waited for with the lock.
+FileDescriptor keepFlushed(const DomainPlace& place, const FileVersion& flushed) {
   const std::optional<FileVersion> kept = versionAt(place.folder(), place.flushedName(), place.file);
   // Renaming a link over another one of the same file would do nothing and leave both.
-  if (kept && kept->isSameFile(flushed)) return;
+  if (kept && kept->isSameFile(flushed)) return {};
   const std::string temporary = place.temporaryName();
   removeName(place.folder(), temporary, place.file);
   if (retried([&] { return ::linkat(place.folder(), place.name().c_str(), place.folder(), temporary.c_str(), 0); }) !=
       0) {
     // Without second names a power cut between a write and its flush can cost the domain.
-    if (cannotLink(errno)) return;
+    if (cannotLink(errno)) return {};
     throwErrno(place.file, "can't link " + temporary);
   }
+  FileDescriptor former(
+      retried([&] { return ::openat(place.folder(), place.flushedName().c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC); }));
   if (retried([&] {
         return ::renameat(place.folder(), temporary.c_str(), place.folder(), place.flushedName().c_str());
       }) != 0) {
@@ -158,6 +162,7 @@ void keepFlushed(const DomainPlace& place, const FileVersion& flushed) {
     errno = error;
     throwErrno(place.file, "can't rename " + temporary);
   }
+  return former;
 }
 
 /// Flushes the file with what is needed for it to be found; the lock is held by the caller or taken in between.
@@ -169,13 +174,14 @@ Flush flushOnce(const DomainPlace& place, const std::chrono::milliseconds* lockL
   if (!versionAt(place.folder(), place.flushedName(), place.file)) syncFoldersAbove(place);
   const bool isWhole = isWholeDomain(opened, place.file);
   FlushedVersion flushed;
+  FileDescriptor former;
   {
     std::optional<DomainLock> lock;
     if (lockLimit != nullptr) lock.emplace(place, *lockLimit);
     flushed.before = versionOf(opened.get(), place.file);
     const std::optional<FileVersion> current = place.version();
     if (!current || !current->isSameFile(flushed.before)) return {.version = std::nullopt, .wasReplaced = true};
-    if (isWhole) keepFlushed(place, flushed.before);
+    if (isWhole) former = keepFlushed(place, flushed.before);
     flushed.after = versionOf(opened.get(), place.file);
   }
   sync(place.folder(), place.file);
