@@ -140,7 +140,9 @@ FocusScope {
         }
         opacity: overlay.sheet ? 1 : overlay.presence
 
-        Accessible.ignored: !visible
+        // One that takes the place of another comes anew.
+        Accessible.ignored: !visible || !overlay.shown
+        Accessible.onIgnoredChanged: overlay.dialog.tellShown(panel, !Accessible.ignored)
         Accessible.role: Accessible.Dialog
         Accessible.name: overlay.dialog.title
         Accessible.description: overlay.dialog.message
