@@ -128,6 +128,11 @@ TEST_F(AccessibleEventsTest, TellThatANumberIsRefusedAndWhy) {
   const auto shown = std::ranges::find(lines, std::string(kShowing) + " 1 dialog Error");
   EXPECT_LT(shown, std::ranges::find(lines, focused)) << testing::PrintToString(lines);
   EXPECT_EQ(std::ranges::count(lines, *shown), 1);
+  // And nowhere else on its way.
+  EXPECT_EQ(
+      std::ranges::count_if(lines, [](const auto& line) { return line.starts_with("object:state-changed:focused 1"); }),
+      1)
+      << testing::PrintToString(lines);
   const Accessible dialog = window.find("dialog", "Error");
   EXPECT_EQ(dialog.description(), "Ensure you enter a valid value.");
   EXPECT_THAT(dialog.children(), Contains(window.find("push button", "OK")));

@@ -51,13 +51,19 @@ FocusScope {
         }
     }
 
+    // Where another dialog takes its place, the focus does not go to the page for a moment, which would be read out.
+    function leave() {
+        if (!shown)
+            closed();
+    }
+
     visible: presence > 0
     enabled: shown
     onShownChanged: {
         if (shown)
             colorPanel.item ? colorPanel.item.begin() : start();
         else
-            overlay.closed();
+            Qt.callLater(overlay.leave);
     }
 
     Behavior on presence {
