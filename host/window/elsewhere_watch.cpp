@@ -37,7 +37,16 @@ void ElsewhereWatch::check() {
 }
 
 void ElsewhereWatch::watchFolders() {
-  const QStringList folders = folders_();
+  // Folders may be made while the one above them comes to be watched, of which nobody would tell.
+  QStringList watched;
+  for (QStringList folders = folders_(); folders != watched; folders = folders_()) {
+    if (!watched.isEmpty()) checkSoon();
+    watch(folders);
+    watched = folders;
+  }
+}
+
+void ElsewhereWatch::watch(const QStringList& folders) {
   const QStringList watched = watcher_.directories();
   for (const QString& folder : watched) {
     if (!folders.contains(folder)) watcher_.removePath(folder);

@@ -35,6 +35,7 @@ class ElsewhereWatch final : public QObject {
  private:
   void check();
   void watchFolders();
+  void watch(const QStringList& folders);
 
   SeenPreferences& preferences_;
   const std::function<QStringList()> folders_;

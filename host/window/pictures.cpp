@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QImageWriter>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QQuickItem>
 #include <QStyleHints>
 #include <QThreadPool>
@@ -138,6 +139,7 @@ class Studio {
     takeBackdropPicker();
     takeSamples();
     takeNotices();
+    takePressed();
   }
 
   void takeFew() {
@@ -224,6 +226,42 @@ class Studio {
     save("rows-lengthy-end");
   }
 
+  // A row with a mouse button held down on it. It is let go of beside the window, so that it does nothing.
+  void takePressed() {
+    openSample(Sample::plain);
+    settle();
+    const QQuickItem* const link = rowItem(*window_.window().contentItem(), "Link");
+    if (!link) throw std::runtime_error("the sample page has no link");
+    const QPointF middle = link->mapToScene(QPointF(link->width() / 2, link->height() / 2));
+    const QPointF beside(-link->width(), middle.y());
+    const auto* const card = link->property("card").value<QQuickItem*>();
+    const QVariant atRest = card->property("color");
+    send(QEvent::MouseButtonPress, middle, Qt::LeftButton, Qt::LeftButton);
+    // The row takes the colour of its state by and by.
+    QElapsedTimer steady;
+    QVariant color = atRest;
+    wait([&] {
+      const QVariant now = card->property("color");
+      if (now != color) steady.start();
+      color = now;
+      return color == atRest || steady.elapsed() < 100;
+    });
+    save("rows-pressed");
+    send(QEvent::MouseMove, beside, Qt::NoButton, Qt::LeftButton);
+    send(QEvent::MouseButtonRelease, beside, Qt::LeftButton, Qt::NoButton);
+  }
+
+  // A row that is in sight; nullptr where there is none of the label.
+  static QQuickItem* rowItem(QQuickItem& among, const QString& label) {
+    if (!among.isVisible()) return nullptr;
+    if (among.property("rowEnabled").isValid() && among.property("label").toString() == label) return &among;
+    const auto children = among.childItems();
+    for (QQuickItem* child : children) {
+      if (QQuickItem* found = rowItem(*child, label)) return found;
+    }
+    return nullptr;
+  }
+
   void revealLastRow() {
     const int last = window_.navigation().top()->rows()->rowCount() - 1;
     QMetaObject::invokeMethod(&window_.window(), "revealRow", Q_ARG(QVariant, last));
@@ -294,6 +332,11 @@ class Studio {
 
   void press(Qt::Key key) {
     QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+    QCoreApplication::sendEvent(&window_.window(), &event);
+  }
+
+  void send(QEvent::Type type, QPointF place, Qt::MouseButton button, Qt::MouseButtons held) {
+    QMouseEvent event(type, place, window_.window().mapToGlobal(place), button, held, Qt::NoModifier);
     QCoreApplication::sendEvent(&window_.window(), &event);
   }
 

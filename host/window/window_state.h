@@ -4,6 +4,8 @@
 #include <QObject>
 #include <QString>
 
+#include "host/window/live_changes.h"
+
 namespace quellar::host::window {
 
 /// How the window is to look, as the user asked for it.
@@ -37,6 +39,8 @@ class WindowState final : public QObject {
   void setTrouble(const QString& trouble);
   /// The user has read it.
   Q_INVOKABLE void dismissTrouble() { setTrouble({}); }
+  /// The view has brought a line into sight, as a screen reader is to know.
+  Q_INVOKABLE void tellShown(QObject* item) const { window::tellShown(item, true); }
 
   /// Watches the input and the size of a window.
   bool eventFilter(QObject* watched, QEvent* event) override;

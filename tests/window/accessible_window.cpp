@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <stdexcept>
 #include <thread>
 
 namespace quellar::tests {
@@ -131,6 +132,60 @@ bool Accessible::act(std::string_view action) const {
 
 bool Accessible::grabFocus() const {
   return atspi_component_grab_focus(ATSPI_COMPONENT(object_.get()), nullptr);
+}
+
+bool Accessible::setValue(double value) const {
+  return atspi_value_set_current_value(ATSPI_VALUE(object_.get()), value, nullptr);
+}
+
+double Accessible::value() const {
+  return atspi_value_get_current_value(ATSPI_VALUE(object_.get()), nullptr);
+}
+
+AccessibleEvents::AccessibleEvents(std::vector<std::string> types)
+    : types_(std::move(types)), listener_(atspi_event_listener_new(take, this, nullptr)) {
+  for (const std::string& type : types_) {
+    if (!atspi_event_listener_register(listener_, type.c_str(), nullptr))
+      throw std::runtime_error("nobody tells " + type);
+  }
+}
+
+AccessibleEvents::~AccessibleEvents() {
+  for (const std::string& type : types_) atspi_event_listener_deregister(listener_, type.c_str(), nullptr);
+  g_object_unref(listener_);
+}
+
+const std::vector<AccessibleEvent>& AccessibleEvents::arrived() {
+  while (g_main_context_iteration(nullptr, FALSE)) {
+  }
+  return arrived_;
+}
+
+std::vector<std::string> AccessibleEvents::lines() {
+  std::vector<std::string> result;
+  for (const auto& each : arrived()) {
+    result.push_back(each.type + " " + std::to_string(each.detail) + " " + each.role + " " + each.name);
+  }
+  return result;
+}
+
+void AccessibleEvents::forget() {
+  (void)arrived();
+  arrived_.clear();
+}
+
+void AccessibleEvents::take(AtspiEvent* event, void* self) {
+  AtspiAccessible* told = event->source;
+  const std::string type = event->type;
+  if (type.starts_with("object:children-changed") && G_VALUE_HOLDS(&event->any_data, ATSPI_TYPE_ACCESSIBLE)) {
+    told = ATSPI_ACCESSIBLE(g_value_get_object(&event->any_data));
+  }
+  if (told) {
+    const Accessible object(ATSPI_ACCESSIBLE(g_object_ref(told)));
+    static_cast<AccessibleEvents*>(self)->arrived_.push_back(
+        {type, event->detail1, object, object.role(), object.name()});
+  }
+  g_boxed_free(ATSPI_TYPE_EVENT, event);
 }
 
 AccessibleWindow::AccessibleWindow(std::vector<std::string> arguments,

@@ -58,9 +58,52 @@ class Accessible {
   /// Does the action of a name; false where there is none.
   bool act(std::string_view action) const;
   bool grabFocus() const;
+  /// Sets the value of a slider; false where it has none.
+  bool setValue(double value) const;
+  [[nodiscard]] double value() const;
+
+  /// The same object of the same program.
+  bool operator==(const Accessible&) const = default;
 
  private:
   std::shared_ptr<AtspiAccessible> object_;
+};
+
+/// What a program tells of an object while it changes.
+struct AccessibleEvent {
+  /// "object:state-changed:showing", ...
+  std::string type;
+  /// For a state: 1 where it is set.
+  int detail = 0;
+  /// The child that came or went, else the object itself.
+  Accessible object;
+  /// Its role and name when this arrived; an object that is gone has none.
+  std::string role;
+  std::string name;
+};
+
+/// Listens on the accessibility bus as a screen reader does; made before the window, which tells only those who listen.
+class AccessibleEvents {
+ public:
+  /// Takes what to listen for: "object:state-changed:showing", or all of a kind: "object:state-changed".
+  explicit AccessibleEvents(std::vector<std::string> types);
+  AccessibleEvents(const AccessibleEvents&) = delete;
+  AccessibleEvents& operator=(const AccessibleEvents&) = delete;
+  ~AccessibleEvents();
+
+  /// Everything that has arrived since the last `forget`.
+  const std::vector<AccessibleEvent>& arrived();
+  /// The same as lines: "object:state-changed:showing 1 dialog Error".
+  std::vector<std::string> lines();
+  /// Forgets what has arrived so far.
+  void forget();
+
+ private:
+  static void take(AtspiEvent* event, void* self);
+
+  const std::vector<std::string> types_;
+  AtspiEventListener* const listener_;
+  std::vector<AccessibleEvent> arrived_;
 };
 
 /// The program's window in another process, driven through the accessibility bus alone.

@@ -39,6 +39,14 @@ class BackdropPage : public WindowTest {
     }
     throw std::runtime_error("the preview has no image");
   }
+  // The one that is drawn, above what was drawn before.
+  static QQuickItem* drawnAnew(QQuickItem* preview) {
+    QQuickItem* last = nullptr;
+    for (QQuickItem* child : preview->childItems()) {
+      if (child->inherits("QQuickImage")) last = child;
+    }
+    return last;
+  }
   // Waits for the threads that draw.
   void waitUntilDrawn() {
     constexpr int kReady = 1;
@@ -194,6 +202,26 @@ TEST_F(BackdropPage, ReadsTheWallpaperAnewWheneverItOpens) {
   waitUntilDrawn();
   EXPECT_EQ(dark, QColor("#000000"));
   EXPECT_EQ(picture(previews()[1]).pixelColor(20, 20), QColor("#ffffff"));
+}
+
+TEST_F(BackdropPage, KeepsWhatWasDrawnWhileItIsDrawnAnewForAnotherWidth) {
+  // Large, so that it takes its time.
+  root_.write(std::string(kWallpaper) + ".cpbitmap", bitmapBytes(1290, 2796, [](int, int) { return qRgb(0, 160, 0); }));
+  openPicker();
+  waitUntilDrawn();
+  // The last one that is in sight, for which the threads come late.
+  QQuickItem* const preview = previews()[12];
+  const QColor drawn = picture(preview).pixelColor(20, 20);
+  ASSERT_NE(drawn, QColor("#808080"));
+  view().resize(500, 844);
+  ASSERT_TRUE(eventually([&] { return preview->width() == 230; }));
+  EXPECT_EQ(picture(preview).pixelColor(20, 20), drawn);
+  EXPECT_EQ(picture(preview).pixelColor(210, 70), drawn);
+
+  constexpr int kLoading = 2;
+  ASSERT_TRUE(eventually([&] { return drawnAnew(preview)->property("status").toInt() == kLoading; }));
+  EXPECT_EQ(picture(preview).pixelColor(20, 20), drawn);
+  EXPECT_EQ(picture(preview).pixelColor(210, 70), drawn);
 }
 
 TEST_F(BackdropPage, MayBeLeftWhileItIsStillDrawing) {

@@ -94,6 +94,34 @@ TEST_F(ColumnsTest, ShowsTheRowOfThePageThatIsShown) {
   EXPECT_TRUE(eventually([&] { return list.contains(place(link("Weather"))); }));
 }
 
+TEST_F(ColumnsTest, KeepsADistanceBetweenTheRowOfThePageThatIsShownAndTheEdge) {
+  // Low enough for the row to be below the window at first, and above its end when all is scrolled.
+  open("Restrictions", {.idiom = Idiom::pad, .size = {1180, 700}});
+  const auto* const scrolled = column(0)->property("list").value<QQuickItem*>();
+  constexpr double kGap = 12;
+  const auto below = [&] { return place(scrolled).bottom() - place(link("Restrictions")).bottom(); };
+  EXPECT_TRUE(eventually([&] { return below() >= kGap; })) << below();
+  EXPECT_GT(scrolled->property("contentY").toDouble(), scrolled->property("originY").toDouble());
+}
+
+TEST_F(ColumnsTest, OpensAPageThatAComputedLinkLeadsToThroughThatLink) {
+  root_.write("usr/lib/libflipcontrolcenter.dylib", "");
+  openWide("Custom Toggle Colors");
+  EXPECT_THAT(stack(), ElementsAre("Quellar", "Control Center", "Custom Toggle Colors"));
+  ASSERT_NE(barButton("Control Center"), nullptr);
+  EXPECT_TRUE(link("Control Center")->property("selected").toBool());
+  // The control centre is there, as if it had been walked through.
+  click(barButton("Control Center"));
+  settle();
+  EXPECT_THAT(stack(), ElementsAre("Quellar", "Control Center"));
+  EXPECT_EQ(focusedRow(), "Custom Toggle Colors");
+}
+
+TEST_F(ColumnsTest, OpensAPageWhoseLinkTheDeviceDoesNotHaveRightOnTheFirstOne) {
+  openWide("Available Switches");
+  EXPECT_EQ(stack().size(), 2U);
+}
+
 TEST_F(ColumnsTest, ChangesASwitchOfTheListAndKeepsThePage) {
   openWide("Status Bar");
   click(link("Enable"));

@@ -3,7 +3,10 @@
 
 #include <QTest>
 #include <filesystem>
+#include <utility>
 
+#include "host/window/elsewhere_watch.h"
+#include "host/window/seen_preferences.h"
 #include "window_fixture.h"
 
 namespace quellar::tests {
@@ -52,6 +55,25 @@ TEST_F(ElsewhereTest, TellsWhereNothingHadBeenStoredBefore) {
   open("Dock");
   store("Dock_Defaults", {{"userDisablesBackgroundBlur", true}});
   EXPECT_TRUE(appears());
+}
+
+TEST_F(ElsewhereTest, MissesNothingThatIsStoredWhileItComesToWatch) {
+  open("Dock");
+  host::linux::FilePreferences preferences((host::linux::DeviceRoot(root_.path())));
+  host::window::SeenPreferences seen(preferences);
+  (void)seen.copyAppValue("Dock_Defaults", "com.vantorick.quellar2");
+  bool isStored = false;
+  const auto deepest = [&]() -> QStringList {
+    std::filesystem::path folder = root_.path();
+    for (const char* name : {"var", "mobile", "Library", "Preferences"}) {
+      if (std::filesystem::exists(folder / name)) folder /= name;
+    }
+    // Right after the answer, and before anything is watched.
+    if (!std::exchange(isStored, true)) store("Dock_Defaults", {{"userDisablesBackgroundBlur", true}});
+    return {QString::fromStdString(folder.string())};
+  };
+  const host::window::ElsewhereWatch watch(seen, deepest, panel().navigation());
+  EXPECT_TRUE(eventually([&] { return watch.changed(); }));
 }
 
 TEST_F(ElsewhereTest, SaysNothingOfItsOwnWritesAndOfOtherPages) {

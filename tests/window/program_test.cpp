@@ -137,7 +137,7 @@ TEST_F(ProgramTest, DrawsEveryPageAndDialogWithoutADisplayAndTouchesNoValue) {
   EXPECT_EQ(outcome.output, std::to_string(names.size()) + " pictures in " + pictures().string() + "\n");
   // In both forms: each page, twice where it has blocks, what is typed and what is picked on it, the dialogs, and a few
   // of them in three other manners.
-  EXPECT_EQ(names.size(), 210U);
+  EXPECT_EQ(names.size(), 212U);
   for (const char* name : {"custom-carrier-strings",
                            "custom-carrier-strings-open",
                            "custom-carrier-strings-typing",
@@ -152,6 +152,7 @@ TEST_F(ProgramTest, DrawsEveryPageAndDialogWithoutADisplayAndTouchesNoValue) {
                            "backdrop-styles-end",
                            "rows",
                            "rows-focus",
+                           "rows-pressed",
                            "rows-end",
                            "rows-disabled",
                            "rows-disabled-end",
@@ -168,6 +169,21 @@ TEST_F(ProgramTest, DrawsEveryPageAndDialogWithoutADisplayAndTouchesNoValue) {
                            "rows-large-text"}) {
     for (const char* form : {"-phone.png", "-wide.png"})
       EXPECT_THAT(names, testing::Contains(name + std::string(form)));
+  }
+  const auto pressed = [this](const std::string& name) {
+    const QImage picture(QString::fromStdString((pictures() / name).string()));
+    int pixels = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+      for (int x = 0; x < picture.width(); ++x) pixels += picture.pixel(x, y) == qRgb(0xe4, 0xeb, 0xf1);
+    }
+    return pixels;
+  };
+  for (const char* form : {"-phone.png", "-wide.png"}) {
+    // Most of a row, which is 100 pixels high, and no other.
+    const int width = form == std::string("-phone.png") ? 716 : 1360;
+    EXPECT_GT(pressed("rows-pressed" + std::string(form)), width * 80) << form;
+    EXPECT_LE(pressed("rows-pressed" + std::string(form)), width * 100) << form;
+    EXPECT_LT(pressed("rows" + std::string(form)), width) << form;
   }
   std::set<std::string> different;
   for (const std::string& name : names) {

@@ -6,132 +6,73 @@
 #include <QTest>
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <string>
 
 #include "scene.h"
+#include "ten_settings.h"
 #include "window_fixture.h"
 
-// Ten settings, found from the first page and changed as a newcomer would: by the labels alone, with fingers or with
-// keys, and what is off the window is scrolled to. docs/walkthroughs.md tells of them; the accessibility bus has its
-// walk in accessibility_walk_test.cpp.
+// By the labels alone, with fingers or with keys; what is off the window is scrolled to.
 namespace quellar::tests::walkthrough_test {
 namespace {
 
 using platform::Dictionary;
 using platform::Value;
 
-class Walkthrough : public WindowTest {
+class Walkthrough : public WindowTest, protected TenSettings {
  protected:
-  // Goes through a row: follows a link, turns a switch over, taps a button, picks a choice.
-  virtual void use(const std::string& label, int nth = 0) = 0;
-  virtual void enter(const std::string& label, const std::string& text) = 0;
-  virtual void increase(const std::string& label) = 0;
-  // Sets a slider to half of its range beyond the middle.
-  virtual void raise(const std::string& label) = 0;
-  virtual void choose(const std::string& label, const std::string& choice) = 0;
-  // In the colour dialog: another shade than the one that it starts from.
-  virtual void pickAnotherShade() = 0;
-  // In the grid of previews.
-  virtual void pickPreview(const std::string& label) = 0;
-  virtual void goBack() = 0;
-
   void walk() {
     open("Quellar");
-    visit({"Alerts"}, [this] { use("Use Dynamic Alerts"); });
-    EXPECT_EQ(value("Alerts_Defaults", "userRequestsDynamicAlerts"), Value(true));
-    visit({"Dock"}, [this] {
-      use("Use Custom Count");
-      increase("Max Icons");
-      use("Use Custom Blur");
-      use("Blur style");
-      use("Normal");
-    });
-    EXPECT_EQ(value("Dock_Defaults", "dockMaxIcons"), Value(5.0));
-    EXPECT_EQ(value("Dock_Defaults", "dockBackgroundStyle"), Value(12));
-    visit({"Home Screen"}, [this] { use("Hide Page Dots"); });
-    EXPECT_EQ(value("HomeScreen_Defaults", "hidePageDots"), Value(true));
-    visit({"Icons"}, [this] {
-      use("Use Custom Size");
-      raise("Icon Scale");
-      use("Use Custom Color");
-      use("Border Color");
-      pickAnotherShade();
-    });
-    EXPECT_NEAR(value("Icon_Defaults", "customIconScaleSize").doubleValue(), 1.5, 0.1);
-    EXPECT_NE(value("Icon_Defaults", "iconBadgeBorderColor"), Value(""));
-    EXPECT_NE(value("Icon_Defaults", "iconBadgeBorderColor"), Value("#ffffff"));
-    visit({"Medusa"}, [this] {
-      use("Use Custom Blur");
-      choose("Blur Style", "Light");
-    });
-    EXPECT_EQ(value("Medusa_Defaults", "userStyleForSideSwitcherBlur"), Value(2));
-    visit({"Notification Center"}, [this] {
-      use("Blur Style");
-      pickPreview("2040");
-    });
-    EXPECT_EQ(value("NotificationCenter_Defaults", "ncPrefferedBackdropStyle").integerValue(), 2040);
-    visit({"Status Bar", "Custom Carrier Strings"}, [this] {
-      use("Use Custom String");
-      enter("Text:", "Mine");
-    });
-    EXPECT_EQ(value("StatusBar_Defaults", "userCustomCarrierText"), Value("Mine"));
-    visit({"Weather"}, [this] { use("Badge Shows Temp"); });
-    EXPECT_EQ(value("Weather_Defaults", "userRequestsWeatherIconBadge"), Value(true));
+    change();
   }
-
-  // The place of a row among those that are shown.
-  int placeOf(const std::string& label, int nth) {
-    int place = -1;
-    for (const auto& each : rows().rows()) {
-      ++place;
-      if (each.kind != "group" && each.kind != "footer" && each.label.toStdString() == label && nth-- == 0)
-        return place;
-    }
-    ADD_FAILURE() << page().title() << " has no row " << label;
-    return -1;
+  bool isAtStart() override {
+    settle();
+    return settings().navigation().depth() == 1;
   }
-  Value value(const std::string& defaultsKey, const std::string& key) {
+  Value value(const std::string& defaultsKey, const std::string& key) override {
     const Dictionary values = stored(defaultsKey);
     const auto found = values.find(key);
     return found == values.end() ? Value("") : found->second;
   }
 
- private:
-  void visit(const std::vector<std::string>& links, const std::function<void()>& change) {
-    for (const std::string& link : links) use(link);
-    change();
-    settle();
-    while (settings().navigation().depth() > 1) goBack();
+  // The place of a row among those that are shown.
+  int placeOf(const std::string& label) {
+    int place = -1;
+    for (const auto& each : rows().rows()) {
+      ++place;
+      if (each.kind != "group" && each.kind != "footer" && each.label.toStdString() == label) return place;
+    }
+    ADD_FAILURE() << page().title() << " has no row " << label;
+    return -1;
   }
 };
 
 class WalkthroughByTouch : public Walkthrough {
  protected:
-  void use(const std::string& label, int nth) override {
-    touch(find(label, nth));
+  void use(const std::string& label) override {
+    touch(find(label));
     settle();
   }
   void enter(const std::string& label, const std::string& text) override {
-    use(label, 0);
+    use(label);
     type(QString::fromStdString(text));
     touch(barButton("Save"));
     settle();
   }
   void increase(const std::string& label) override {
-    QQuickItem* const row = find(label, 0);
+    QQuickItem* const row = find(label);
     touch(findItem([](QQuickItem& item) { return item.property("plus").toBool(); }, row));
     settle();
   }
   void raise(const std::string& label) override {
-    QQuickItem* const row = find(label, 0);
+    QQuickItem* const row = find(label);
     QQuickItem* const track = findItem([](QQuickItem& item) { return item.property("draggedTo").isValid(); }, row);
     const QPoint from = middle(track);
     drag(from, QPoint(static_cast<int>(std::lround(track->width() / 4)), 0));
     settle();
   }
   void choose(const std::string& label, const std::string& choice) override {
-    touch(accessibleItems(find(label, 0), QAccessible::RadioButton, QString::fromStdString(choice)).at(0));
+    touch(accessibleItems(find(label), QAccessible::RadioButton, QString::fromStdString(choice)).at(0));
     settle();
   }
   void pickAnotherShade() override {
@@ -181,8 +122,8 @@ class WalkthroughByTouch : public Walkthrough {
     QTest::touchEvent(&view(), screen()).release(0, from + by, &view());
   }
   // Scrolls until the row can be seen whole.
-  QQuickItem* find(const std::string& label, int nth) {
-    const int place = placeOf(label, nth);
+  QQuickItem* find(const std::string& label) {
+    const int place = placeOf(label);
     for (int turn = 0; turn < 60; ++turn) {
       QQuickItem* item = nullptr;
       QMetaObject::invokeMethod(list(), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, item), Q_ARG(int, place));
@@ -202,30 +143,30 @@ TEST_F(WalkthroughByTouch, ChangesTenSettings) {
 
 class WalkthroughByKeys : public Walkthrough {
  protected:
-  void use(const std::string& label, int nth) override {
-    reach(label, nth);
+  void use(const std::string& label) override {
+    reach(label);
     press(Qt::Key_Space);
     settle();
   }
   void enter(const std::string& label, const std::string& text) override {
-    reach(label, 0);
+    reach(label);
     type(QString::fromStdString(text));
     press(Qt::Key_Return);
     settle();
   }
   void increase(const std::string& label) override {
-    reach(label, 0);
+    reach(label);
     press(Qt::Key_Right);
     settle();
   }
   void raise(const std::string& label) override {
-    reach(label, 0);
+    reach(label);
     type("1.5");
     press(Qt::Key_Return);
     settle();
   }
   void choose(const std::string& label, const std::string& choice) override {
-    reach(label, 0);
+    reach(label);
     for (int turn = 0; turn < 5 && chosen(label) != choice; ++turn) press(Qt::Key_Left);
     settle();
   }
@@ -250,8 +191,8 @@ class WalkthroughByKeys : public Walkthrough {
 
  private:
   // Where the focus is when the page has opened or been come back to, and from there downwards.
-  void reach(const std::string& label, int nth) {
-    const int place = placeOf(label, nth);
+  void reach(const std::string& label) {
+    const int place = placeOf(label);
     for (int turn = 0; turn < 200; ++turn) {
       if (list()->property("currentIndex").toInt() == place && focusedRow() == label) return;
       press(Qt::Key_Down);
@@ -259,7 +200,7 @@ class WalkthroughByKeys : public Walkthrough {
     ADD_FAILURE() << "no key leads to " << label;
   }
   std::string chosen(const std::string& label) {
-    const auto& row = rows().rows().at(static_cast<std::size_t>(placeOf(label, 0)));
+    const auto& row = rows().rows().at(static_cast<std::size_t>(placeOf(label)));
     return row.chosen < 0 ? "" : row.titles.at(row.chosen).toStdString();
   }
 };

@@ -15,6 +15,8 @@ FocusScope {
 
     signal dismissed
     signal acted
+    // It has come into sight, where a screen reader finds it.
+    signal appeared
 
     visible: text !== ""
     implicitHeight: visible ? card.height + 8 : 0
@@ -70,6 +72,8 @@ FocusScope {
     }
 
     Accessible.ignored: !visible
+    Accessible.onIgnoredChanged: if (!Accessible.ignored)
+        appeared()
     Accessible.role: Accessible.AlertMessage
     Accessible.name: text
     Accessible.onPressAction: banner.action === "" ? banner.dismissed() : banner.acted()

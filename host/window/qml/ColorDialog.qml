@@ -52,6 +52,8 @@ FocusScope {
     }
 
     Accessible.ignored: !visible
+    Accessible.onIgnoredChanged: if (!Accessible.ignored)
+        panel.dialog.tellShown(panel, true)
     Accessible.role: Accessible.Dialog
     Accessible.name: panel.dialog.title === "" ? panel.texts.title : panel.dialog.title
 
@@ -389,6 +391,8 @@ FocusScope {
                     horizontalAlignment: Text.AlignLeft
 
                     Accessible.ignored: !visible
+                    Accessible.onIgnoredChanged: if (!Accessible.ignored)
+                        panel.dialog.tellShown(refusal, true)
                     Accessible.role: Accessible.AlertMessage
                     Accessible.name: text
                 }

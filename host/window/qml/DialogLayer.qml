@@ -54,13 +54,19 @@ FocusScope {
         }
     }
 
+    // Where another dialog takes its place, the focus does not go to the page for a moment, which would be read out.
+    function leave() {
+        if (!shown)
+            stack.forceActiveFocus();
+    }
+
     visible: presence > 0
     enabled: shown
     onShownChanged: {
         if (shown)
             colorPanel.item ? colorPanel.item.begin() : start();
         else
-            stack.forceActiveFocus();
+            Qt.callLater(overlay.leave);
     }
     Component.onCompleted: completed = true
 
@@ -144,7 +150,9 @@ FocusScope {
         }
         opacity: overlay.sheet ? 1 : overlay.presence
 
-        Accessible.ignored: !visible
+        // One that takes the place of another comes anew.
+        Accessible.ignored: !visible || !overlay.shown
+        Accessible.onIgnoredChanged: overlay.dialog.tellShown(panel, !Accessible.ignored)
         Accessible.role: Accessible.Dialog
         Accessible.name: overlay.dialog.title
         Accessible.description: overlay.dialog.message

@@ -144,6 +144,7 @@ FocusScope {
         textColor: Theme.title
         keyboardInUse: view.status.keyboardInUse
         onActed: view.noticeActed()
+        onAppeared: view.status.tellShown(notice)
     }
 
     Banner {
@@ -154,6 +155,7 @@ FocusScope {
         width: parent.width
         text: view.status.trouble
         onDismissed: view.status.dismissTrouble()
+        onAppeared: view.status.tellShown(banner)
     }
 
     ListView {
