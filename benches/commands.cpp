@@ -19,8 +19,11 @@ constexpr int kRounds = 300;
 struct Command {
   std::vector<std::string> words;
   Sample times;
+  /// What it is, where its words don't tell.
+  std::string name = {};
 
   [[nodiscard]] std::string text() const {
+    if (!name.empty()) return name;
     const std::string program = words.front().substr(words.front().rfind('/') + 1);
     return program + " " + words[1];
   }
@@ -63,8 +66,10 @@ void compareCommands() {
       {{"gsettings", "set", schema, "flag", "true"}, {}},
       {{"dconf", "write", dconfKey, "true"}, {}},
       {{"kwriteconfig5", "--file", "quellarbenchrc", "--group", "page", "--key", "flag", "true"}, {}},
-      // What it takes to be started with the libraries of the others.
+      // What it takes to be started, step by step.
       {{panel, "--version"}, {}},
+      {{(programFolder() / "quellar-bench-nothing-linked").string()}, {}, "nothing, with the libraries of quellar"},
+      {{(programFolder() / "quellar-bench-nothing").string()}, {}, "nothing"},
   };
   constexpr std::size_t kFirstWrite = 4;
   for (int round = 0; round < kRounds; ++round) {

@@ -123,11 +123,18 @@ class Contender {
     return std::chrono::nanoseconds(std::stoll(writer_.readLine()));
   }
 
+  /// The processor time so far of the process that writes, of the bus, and of the process that reads.
+  [[nodiscard]] std::array<std::chrono::nanoseconds, 3> processorTimes() {
+    return {processorTime(writer_.process()), processorTime(home_.busProcess()), processorTime(reader_.process())};
+  }
+
   /// How many notifications came when the value could not be read yet.
   [[nodiscard]] int early() const { return early_; }
 
   Sample written;
   Sample flushed;
+  /// For each write, as `processorTimes` has them.
+  std::array<Sample, 3> processor;
 
  private:
   static void expectReady(Program& program) {
@@ -185,20 +192,45 @@ void report(const std::vector<std::unique_ptr<Contender>>& all, bool flushes) {
   std::cout << std::endl;
 }
 
+/// Where the time goes on one processor: each round is one sample, its processor time divided among its writes.
+void reportProcessors(const std::vector<std::unique_ptr<Contender>>& all) {
+  std::vector<std::vector<std::string>> rows = {
+      {"processor time of one write", "the writer's", "the bus daemon's", "the reader's", "all"}};
+  for (const auto& contender : all) {
+    // GSettings has one more process.
+    if (contender->name() == kGSettings) break;
+    double sum = 0;
+    rows.push_back({contender->name()});
+    for (const Sample& sample : contender->processor) {
+      sum += sample.median();
+      rows.back().push_back(shownTime(sample.median()));
+    }
+    rows.back().push_back(shownTime(sum));
+  }
+  printTable(std::cout, rows);
+  std::cout << std::endl;
+}
+
 /// Lets all contenders take turns in a place.
 void compareIn(const Place& place, bool flushes) {
   std::vector<std::unique_ptr<Contender>> all;
   for (const Entrant& entrant : entrants()) all.push_back(std::make_unique<Contender>(entrant, place));
   for (int round = 0; round < kRounds; ++round) {
     for (const auto& contender : all) {
+      const auto before = contender->processorTimes();
       for (int number = 0; number < kOperationsInARound; ++number) {
         contender->written.add(contender->write());
         std::this_thread::sleep_for(kPause);
         if (flushes && number % 10 == 9) contender->flushed.add(contender->flush());
       }
+      const auto after = contender->processorTimes();
+      for (std::size_t process = 0; process < before.size(); ++process) {
+        contender->processor[process].add((after[process] - before[process]) / kOperationsInARound);
+      }
     }
   }
   report(all, flushes);
+  if (!flushes) reportProcessors(all);
 }
 
 /// What a flush costs the thread that writes: writes while the storage device is busy with flushes all the time, beside

@@ -10,6 +10,9 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -139,6 +142,17 @@ void Program::waitForSuccess() {
   const pid_t process = process_;
   process_ = -1;
   checkSuccess(process, name_);
+}
+
+std::chrono::nanoseconds processorTime(pid_t process) {
+  std::chrono::nanoseconds sum{0};
+  for (const auto& thread : std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
+    std::ifstream stream(thread.path() / "schedstat");
+    std::int64_t time = 0;
+    if (!(stream >> time)) throw std::runtime_error("the system does not tell the processor time of a process");
+    sum += std::chrono::nanoseconds(time);
+  }
+  return sum;
 }
 
 std::chrono::nanoseconds timeOf(const std::vector<std::string>& command, const std::vector<std::string>& variables) {

@@ -47,6 +47,10 @@ class Program {
   std::string buffer_;
 };
 
+/// The processor time that all threads of a process have had so far, by /proc/PID/task/*/schedstat. Throws where the
+/// system does not tell it.
+std::chrono::nanoseconds processorTime(pid_t process);
+
 /// Runs a program to its end, its outputs thrown away; returns how long it took from its start to its end. Throws where
 /// it did not end with 0.
 std::chrono::nanoseconds timeOf(const std::vector<std::string>& command,

@@ -21,6 +21,7 @@ class PeerHome {
 
   [[nodiscard]] const std::filesystem::path& folder() const { return folder_.path(); }
   [[nodiscard]] const std::vector<std::string>& variables() const { return variables_; }
+  [[nodiscard]] pid_t busProcess() { return bus_.daemon().id(); }
 
  private:
   tests::TemporaryFolder folder_;

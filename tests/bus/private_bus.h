@@ -23,6 +23,7 @@ class Process {
 
   /// The next line of its standard output without the line feed; throws where none comes within ten seconds.
   std::string readLine();
+  [[nodiscard]] pid_t id() const { return process_; }
   /// Sends a signal.
   void signal(int number) const;
   /// Kills it and waits until it is gone.
