@@ -15,7 +15,7 @@ namespace quellar::tests {
 /// which means is for those who walk to say.
 class TenSettings {
  protected:
-  virtual ~TenSettings() = default;
+  ~TenSettings() = default;
 
   /// Goes through a row: follows a link, turns a switch over, taps a button, picks a choice.
   virtual void use(const std::string& label) = 0;
