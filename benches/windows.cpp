@@ -161,7 +161,6 @@ void compareMaps(const PeerHome& home) {
   std::vector<Mapped> all = {
       {"quellar-settings", {programs + "/quellar-settings", "--lang", "en"}, {}},
       {"Qt Quick Controls: forty switch rows", {programs + "/quellar-bench-switches-window"}, {}},
-      {"Qt Quick: an empty window", {programs + "/quellar-bench-bare-window"}, {}},
       {"lxqt-config", {"lxqt-config"}, {}},
       {"xfce4-settings-manager", {"xfce4-settings-manager"}, {}},
   };

@@ -109,4 +109,10 @@ function(quellar_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_USES} quellar_flags)
+  # Most symbols that a start looks up are these two libraries', and each library named before them is asked in vain. A
+  # sanitizer's own library has to be the first.
+  if(NOT QUELLAR_SANITIZE)
+    target_link_options(${name} PRIVATE
+      "SHELL:-Wl,--push-state,--no-as-needed -lstdc++ -l:libc.so.6 -Wl,--pop-state")
+  endif()
 endfunction()
