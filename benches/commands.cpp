@@ -69,7 +69,7 @@ void compareCommands() {
       // What it takes to be started, step by step.
       {{panel, "--version"}, {}},
       {{(programFolder() / "quellar-bench-nothing-linked").string()}, {}, "nothing, with the libraries of quellar"},
-      {{(programFolder() / "quellar-bench-nothing").string()}, {}, "nothing"},
+      {{(programFolder() / "quellar-bench-nothing").string()}, {}, "nothing, with the C++ library"},
   };
   constexpr std::size_t kFirstWrite = 4;
   for (int round = 0; round < kRounds; ++round) {
