@@ -8,7 +8,6 @@
 #include <string>
 
 #include "host/window/color_model.h"
-#include "host/window/live_changes.h"
 #include "platform/dialog.h"
 #include "platform/navigation_controller.h"
 
@@ -57,8 +56,6 @@ class DialogModel final : public QObject {
   Q_INVOKABLE void pressAccessory(int index);
   /// Ends a colour dialog with the colour that is picked; a typed code that is no colour keeps it open and is refused.
   Q_INVOKABLE void choose();
-  /// The view has brought the dialog, or a part of it, into sight or out of it, as a screen reader is to know.
-  Q_INVOKABLE void tellShown(QObject* item, bool shown) const { window::tellShown(item, shown); }
 
  signals:
   void shownChanged();

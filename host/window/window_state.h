@@ -39,8 +39,8 @@ class WindowState final : public QObject {
   void setTrouble(const QString& trouble);
   /// The user has read it.
   Q_INVOKABLE void dismissTrouble() { setTrouble({}); }
-  /// The view has brought a line into sight, as a screen reader is to know.
-  Q_INVOKABLE void tellShown(QObject* item) const { window::tellShown(item, true); }
+  /// The view has brought an item into sight, or out of it, as a screen reader is to know.
+  Q_INVOKABLE void tellShown(QObject* item, bool shown) const { window::tellShown(item, shown); }
 
   /// Watches the input and the size of a window.
   bool eventFilter(QObject* watched, QEvent* event) override;

@@ -7,10 +7,11 @@ FocusScope {
     id: panel
 
     required property QtObject dialog
-    required property bool keyboardInUse
+    required property QtObject status
     // The room that it lies in.
     required property size room
 
+    readonly property bool keyboardInUse: status.keyboardInUse
     readonly property QtObject model: dialog.color
     readonly property var texts: model.texts
     readonly property real pad: 16
@@ -53,7 +54,7 @@ FocusScope {
 
     Accessible.ignored: !visible
     Accessible.onIgnoredChanged: if (!Accessible.ignored)
-        panel.dialog.tellShown(panel, true)
+        panel.status.tellShown(panel, true)
     Accessible.role: Accessible.Dialog
     Accessible.name: panel.dialog.title === "" ? panel.texts.title : panel.dialog.title
 
@@ -392,7 +393,7 @@ FocusScope {
 
                     Accessible.ignored: !visible
                     Accessible.onIgnoredChanged: if (!Accessible.ignored)
-                        panel.dialog.tellShown(refusal, true)
+                        panel.status.tellShown(refusal, true)
                     Accessible.role: Accessible.AlertMessage
                     Accessible.name: text
                 }

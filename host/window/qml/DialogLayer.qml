@@ -125,7 +125,7 @@ FocusScope {
         opacity: low ? 1 : overlay.presence
         sourceComponent: ColorDialog {
             dialog: overlay.dialog
-            keyboardInUse: overlay.keyboardInUse
+            status: overlay.status
             room: Qt.size(overlay.width, overlay.height)
         }
     }
@@ -152,7 +152,7 @@ FocusScope {
 
         // One that takes the place of another comes anew.
         Accessible.ignored: !visible || !overlay.shown
-        Accessible.onIgnoredChanged: overlay.dialog.tellShown(panel, !Accessible.ignored)
+        Accessible.onIgnoredChanged: overlay.status.tellShown(panel, !Accessible.ignored)
         Accessible.role: Accessible.Dialog
         Accessible.name: overlay.dialog.title
         Accessible.description: overlay.dialog.message

@@ -144,7 +144,7 @@ FocusScope {
         textColor: Theme.title
         keyboardInUse: view.status.keyboardInUse
         onActed: view.noticeActed()
-        onAppeared: view.status.tellShown(notice)
+        onAppeared: view.status.tellShown(notice, true)
     }
 
     Banner {
@@ -155,7 +155,7 @@ FocusScope {
         width: parent.width
         text: view.status.trouble
         onDismissed: view.status.dismissTrouble()
-        onAppeared: view.status.tellShown(banner)
+        onAppeared: view.status.tellShown(banner, true)
     }
 
     ListView {
