@@ -127,18 +127,27 @@ void syncFoldersAbove(const DomainPlace& place) {
   }
 }
 
+/// The same as retried() for a call that returns nullptr where it fails; errno is 0 where it did not.
+template <typename Call>
+auto retriedPointer(Call call) {
+  while (true) {
+    errno = 0;
+    const auto result = call();
+    if (result != nullptr || errno != EINTR) return result;
+  }
+}
+
 /// The names in the domain's folder that begin like this.
 std::vector<std::string> namesWithPrefix(const DomainPlace& place, const std::string& prefix) {
   FileDescriptor listed(retried([&] { return ::openat(place.folder(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
   if (!listed) throwErrno(place.file, "can't list its folder");
-  const std::unique_ptr<DIR, int (*)(DIR*)> folder(::fdopendir(listed.get()), ::closedir);
+  const std::unique_ptr<DIR, int (*)(DIR*)> folder(retriedPointer([&] { return ::fdopendir(listed.get()); }),
+                                                   ::closedir);
   if (!folder) throwErrno(place.file, "can't list its folder");
   static_cast<void>(listed.release());
   std::vector<std::string> names;
-  errno = 0;
-  while (const dirent* entry = ::readdir(folder.get())) {
+  while (const dirent* entry = retriedPointer([&] { return ::readdir(folder.get()); })) {
     if (std::string_view(entry->d_name).starts_with(prefix)) names.emplace_back(entry->d_name);
-    errno = 0;
   }
   if (errno != 0) throwErrno(place.file, "can't list its folder");
   return names;

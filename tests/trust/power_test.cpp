@@ -226,7 +226,7 @@ constexpr int kLast = 7;
 
 /// Two programs that write in turn: 2 and 3 unflushed, 3 flushed, 4 to 7 with flushes by the one and the other.
 int writeInTurn(const WrittenRoot& root, int output) {
-  const host::linux::FilePreferencesOptions options{.lockLimit = 5s, .flushDelay = 1h};
+  const host::linux::FilePreferencesOptions options{.lockLimit = 5s};
   const auto tell = [&](const std::string& line) {
     if (::write(output, line.data(), line.size()) < 0) ::_exit(3);
   };
@@ -240,14 +240,14 @@ int writeInTurn(const WrittenRoot& root, int output) {
     store.appSynchronize(kTrustDomain);
     tell("flushed " + std::to_string(number) + "\n");
   }
-  ::_exit(one.takeWriteTroubles().empty() && other.takeWriteTroubles().empty() ? 0 : 1);
+  ::_exit(one.takeTroubles().empty() && other.takeTroubles().empty() ? 0 : 1);
 }
 
 /// What the next program finds wrong.
 std::string faultsAfterCut(const WrittenRoot& root, const std::string& scenario, std::optional<int> flushed, int begun,
                            bool hasOthers) {
   std::ostringstream faults;
-  FilePreferences next{DeviceRoot(root.root), {}, {.lockLimit = 5s, .flushDelay = 1h}};
+  FilePreferences next{DeviceRoot(root.root), {}, {.lockLimit = 5s}};
   const std::string key = WritingTask().key;
   const std::optional<Value> value = next.copyAppValue(key, kTrustDomain);
   const std::optional<int> number = numberOf(value);
@@ -263,9 +263,9 @@ std::string faultsAfterCut(const WrittenRoot& root, const std::string& scenario,
     faults << "the former value has no copy; ";
   }
   next.setAppValue("next", Value(1), kTrustDomain);
-  for (const auto& trouble : next.takeWriteTroubles()) faults << trouble.cause << "; ";
+  for (const auto& trouble : next.takeTroubles()) faults << trouble.cause << "; ";
   if (next.copyAppValue(key, kTrustDomain) != value) faults << "the next write lost the value; ";
-  if (fs::exists(root.beside(".tmp"))) faults << "a temporary file is left; ";
+  if (root.hasTemporaryFile()) faults << "a temporary file is left; ";
   return faults.str();
 }
 
