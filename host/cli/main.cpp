@@ -12,6 +12,7 @@
 #include "host/cli/output.h"
 #include "host/cli/panel_host.h"
 #include "host/linux/services.h"
+#include "platform/printable.h"
 
 namespace quellar::host::cli {
 namespace {
@@ -101,7 +102,7 @@ void run(const CommandLine& line) {
 }
 
 int fail(const std::exception& error, int code) {
-  std::fprintf(stderr, "quellar: %s\n", oneLine(error.what()).c_str());
+  std::fprintf(stderr, "quellar: %s\n", platform::printable(error.what()).c_str());
   return code;
 }
 

@@ -17,6 +17,7 @@
 #include "host/headless/json.h"
 #include "host/linux/bus.h"
 #include "host/linux/event_loop.h"
+#include "platform/printable.h"
 
 namespace quellar::host::cli {
 
@@ -24,6 +25,7 @@ using headless::dump;
 using headless::Json;
 using headless::toJson;
 using linux::BusNotification;
+using platform::printable;
 using platform::Value;
 
 namespace {
@@ -55,7 +57,7 @@ std::string lineOf(const BusNotification& notification, bool json) {
                  {"object", objectJson(notification)},
                  {"userInfo", userInfoJson(notification)}});
   }
-  std::string line = std::string(centreName(notification)) + " " + oneLine(notification.name);
+  std::string line = std::string(centreName(notification)) + " " + printable(notification.name);
   if (notification.object) line += " " + dump(objectJson(notification));
   if (notification.userInfo) line += " " + dump(userInfoJson(notification));
   return line;
@@ -98,7 +100,7 @@ class HookRunner {
         ::posix_spawn(&child, "/bin/sh", &files_, nullptr, pointers(arguments).data(), pointers(environment).data());
     if (error == 0) return;
     const std::string cause = std::generic_category().message(error);
-    std::fprintf(stderr, "quellar: can't run the command for %s: %s\n", oneLine(notification.name).c_str(),
+    std::fprintf(stderr, "quellar: can't run the command for %s: %s\n", printable(notification.name).c_str(),
                  cause.c_str());
   }
 

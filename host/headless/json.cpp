@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <limits>
 
+#include "platform/printable.h"
+
 namespace quellar::host::headless {
 
 using platform::Array;
@@ -37,7 +39,7 @@ void append(std::string& text, const Json& json) {
     for (const auto& [key, value] : json.items()) {
       if (!first) text += ',';
       first = false;
-      text += Json(key).dump();
+      append(text, Json(key));
       text += ':';
       append(text, value);
     }
@@ -54,7 +56,7 @@ void append(std::string& text, const Json& json) {
   } else if (json.is_number_float()) {
     text += formatted(json.get<double>());
   } else {
-    text += json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    text += platform::printable(json.dump(-1, ' ', false, Json::error_handler_t::replace));
   }
 }
 

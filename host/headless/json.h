@@ -14,8 +14,8 @@ namespace quellar::host::headless {
 /// JSON whose fields keep the order in which they were set.
 using Json = nlohmann::ordered_json;
 
-/// One line of text without the line end. A real is printed with a point or an exponent, in the shortest form that
-/// reads back to the same double.
+/// One line of text without the line end, in which a terminal acts on no character. A real is printed with a point or
+/// an exponent, in the shortest form that reads back to the same double.
 [[nodiscard]] std::string dump(const Json& json);
 
 /// A time or duration in seconds, the unit of all times in JSON.

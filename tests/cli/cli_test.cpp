@@ -13,6 +13,8 @@ namespace cli_test {
 
 using host::headless::dump;
 using host::headless::Json;
+using testing::HasSubstr;
+using testing::StartsWith;
 
 constexpr auto kBattery = "disablesBatterySTBIcon";
 
@@ -99,7 +101,7 @@ TEST(CommandLine, NamesThePagesKeysAndValuesThatWouldBeRight) {
   for (const std::vector<std::string>& arguments : {std::vector<std::string>{"get", "Custom Carrier Strings", "a\nb"},
                                                     {"set", "Custom Carrier Strings", "a\nb", "on"}}) {
     EXPECT_EQ(device.run(arguments),
-              refused("no key \"a b\" on the page \"Custom Carrier Strings\"; its keys are " + kKeys));
+              refused("no key \"a\\u000ab\" on the page \"Custom Carrier Strings\"; its keys are " + kKeys));
   }
   EXPECT_EQ(device.run({"set", "Status Bar", kBattery, "1"}),
             refused("\"1\" is no value for disablesBatterySTBIcon; it takes on or off"));
@@ -128,6 +130,26 @@ TEST(CommandLine, FindsTheDeviceRoot) {
   device.environment["XDG_DATA_HOME"] = device.folder().path() / "data";
   EXPECT_EQ(device.run({"set", "Status Bar", kBattery, "on"}), succeeded(""));
   EXPECT_TRUE(std::filesystem::exists(device.folder().path().string() + "/data/quellar/device" + file));
+}
+
+TEST(CommandLine, PrintsNoCharacterThatATerminalActsOn) {
+  const Device device;
+  // A clear screen in its long and its short form, the other direction, and a line of its own.
+  const std::string hostile =
+      "a\x1b[2J\xc2\x9b"
+      "2J\xe2\x80\xae\x7f\nb";
+  const std::string escaped = R"(a\u001b[2J\u009b2J\u202e\u007f)";
+  EXPECT_THAT(device.run({"rows", hostile}).errors, StartsWith("quellar: no page \"" + escaped + "\\u000ab\"; "));
+  EXPECT_THAT(device.run({"rows", "\xff\x9b"}).errors, StartsWith("quellar: no page \"\\xff\\x9b\"; "));
+  EXPECT_EQ(device.run({"set", "Status Bar", "usesCustomTimeFormatter", "on"}), succeeded(""));
+  EXPECT_EQ(device.run({"set", "Status Bar", "userCustomClockFormatter", hostile}), succeeded(""));
+  EXPECT_EQ(device.run({"get", "Status Bar", "userCustomClockFormatter"}), succeeded("\"" + escaped + "\\nb\"\n"));
+  EXPECT_THAT(device.run({"rows", "Status Bar"}).output, HasSubstr("  " + escaped + "\\u000ab  "));
+  // Titles may be the device's own.
+  device.folder().write("device/Library/PreferenceBundles/Quellar.bundle/en.lproj/Localizable.strings",
+                        "\"Appearance\" = \"" + hostile + "\"; \"Lowercase AM/PM\" = \"" + hostile + "\";");
+  const std::string rows = device.run({"rows", "Status Bar"}).output;
+  EXPECT_THAT(rows, HasSubstr("\n" + escaped + "\\u000ab\n  " + escaped + "\\u000ab  "));
 }
 
 TEST(CommandLine, FailsWhereItsOutputCanNotBeWritten) {

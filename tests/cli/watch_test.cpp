@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <csignal>
 #include <fstream>
 #include <thread>
 
+#include "host/linux/bus.h"
 #include "private_bus.h"
 #include "program.h"
 
@@ -14,6 +17,8 @@ namespace quellar::tests {
 namespace watch_test {
 
 using namespace std::chrono_literals;
+using host::linux::Bus;
+using host::linux::BusNotification;
 
 constexpr auto kWatching = R"({"event":"watching"})";
 
@@ -118,6 +123,37 @@ TEST_F(Watch, RunsTheCommandsOfANotificationWithWhatCameWithIt) {
   EXPECT_EQ(contentsOnce(children, ""), "") << "no child is left behind, dead or alive";
   watching->signal(SIGTERM);
   EXPECT_EQ(watching->wait(), succeeded(""));
+}
+
+TEST_F(Watch, PrintsNoCharacterThatATerminalActsOn) {
+  const std::string hostile =
+      "a\x1b[2J\xc2\x9b"
+      "2J\xe2\x80\xae\x7f\nb";
+  const std::string escaped = R"(a\u001b[2J\u009b2J\u202e\u007f)";
+  const auto lines = device.start({"watch"});
+  const auto json = device.start({"watch", "--json"});
+  EXPECT_EQ(json->readLine(), kWatching);
+  Bus sender(bus.address());
+  ASSERT_TRUE(sender.waitUntilConnected(10s));
+  const auto post = [&](const std::string& name) {
+    sender.post({.centre = BusNotification::Centre::Distributed,
+                 .name = name,
+                 .object = hostile,
+                 .userInfo = platform::Dictionary{{hostile, hostile}}});
+  };
+  // It says nothing when it begins to listen.
+  do post("ready");
+  while (!lines->hasLine(100ms));
+  post(hostile);
+  std::string line;
+  do line = lines->readLine();
+  while (line.starts_with("distributed ready "));
+  const std::string quoted = "\"" + escaped + "\\nb\"";
+  EXPECT_EQ(line, "distributed " + escaped + "\\u000ab " + quoted + " {" + quoted + ":" + quoted + "}");
+  do line = json->readLine();
+  while (line.find("\"ready\"") != std::string::npos);
+  EXPECT_EQ(line, R"({"centre":"distributed","name":)" + quoted + R"(,"object":)" + quoted + R"(,"userInfo":{)" +
+                      quoted + ":" + quoted + "}}");
 }
 
 TEST_F(Watch, EndsWithAnErrorWhenTheBusGoes) {
