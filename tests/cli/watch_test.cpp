@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <fstream>
@@ -19,6 +20,7 @@ namespace watch_test {
 using namespace std::chrono_literals;
 using host::linux::Bus;
 using host::linux::BusNotification;
+using host::linux::FileDescriptor;
 
 constexpr auto kWatching = R"({"event":"watching"})";
 
@@ -123,6 +125,101 @@ TEST_F(Watch, RunsTheCommandsOfANotificationWithWhatCameWithIt) {
   EXPECT_EQ(contentsOnce(children, ""), "") << "no child is left behind, dead or alive";
   watching->signal(SIGTERM);
   EXPECT_EQ(watching->wait(), succeeded(""));
+}
+
+TEST_F(Watch, RunsOneCommandAtATimeForANameAndKeepsTheNewestNotificationWaiting) {
+  constexpr int kSignals = 2000;
+  const std::string kSlow = "com.example.slow";
+  const std::string kOther = "com.example.other";
+  const auto told = device.folder().path() / "told";
+  const auto busy = device.folder().path() / "busy";
+  const auto go = device.folder().path() / "go";
+  const auto other = device.folder().path() / "other";
+  ASSERT_EQ(::mkfifo(go.c_str(), 0600), 0);
+  // A folder can be made once only: a second command at the same time would tell itself.
+  const std::string slow = "mkdir '" + busy.string() + "' || echo twice >>'" + told.string() + "'; read line <'" +
+                           go.string() + "'; printf '%s\\n' \"$QUELLAR_OBJECT\" >>'" + told.string() + "'; rmdir '" +
+                           busy.string() + "'";
+  const auto watching = device.start({"watch", "--json", "--exec", kSlow + "=" + slow, "--exec",
+                                      kOther + "=printf '%s\\n' \"$QUELLAR_OBJECT\" >>'" + other.string() + "'"});
+  EXPECT_EQ(watching->readLine(), kWatching);
+  Bus sender(bus.address());
+  ASSERT_TRUE(sender.waitUntilConnected(10s));
+  const auto post = [&](const std::string& name, const std::string& object) {
+    sender.post({.centre = BusNotification::Centre::Distributed, .name = name, .object = object, .userInfo = {}});
+    while (watching->readLine().find("\"object\":\"" + object + "\"") == std::string::npos) continue;
+  };
+  for (int count = 1; count <= kSignals; ++count) post(kSlow, std::to_string(count));
+  const std::string children =
+      "/proc/" + std::to_string(watching->process()) + "/task/" + std::to_string(watching->process()) + "/children";
+  const std::string running = contents(children);
+  EXPECT_EQ(std::ranges::count(running, ' '), 1) << "of two thousand notifications: " << running;
+  // Another name does not wait for this one.
+  post(kOther, "other");
+  EXPECT_EQ(contentsOnce(other, "other\n"), "other\n");
+  std::ofstream(go) << "go\n";
+  EXPECT_EQ(contentsOnce(told, "1\n"), "1\n");
+  std::ofstream(go) << "go\n";
+  EXPECT_EQ(contentsOnce(told, "1\n2000\n"), "1\n2000\n") << "the last one gets its run, those between none";
+  EXPECT_EQ(contentsOnce(children, ""), "");
+  watching->signal(SIGTERM);
+  EXPECT_EQ(watching->wait().code, 0);
+}
+
+TEST_F(Watch, StartsWhatWaitsWhenItEnds) {
+  const std::string name = "com.example.name";
+  const auto told = device.folder().path() / "told";
+  const auto go = device.folder().path() / "go";
+  ASSERT_EQ(::mkfifo(go.c_str(), 0600), 0);
+  const FileDescriptor gate(::open(go.c_str(), O_RDWR | O_CLOEXEC));
+  ASSERT_TRUE(gate);
+  const auto watching =
+      device.start({"watch", "--json", "--exec",
+                    name + "=read line <'" + go.string() + "'; echo \"$QUELLAR_OBJECT\" >>'" + told.string() + "'"});
+  EXPECT_EQ(watching->readLine(), kWatching);
+  Bus sender(bus.address());
+  ASSERT_TRUE(sender.waitUntilConnected(10s));
+  for (const char* object : {"first", "between", "last"}) {
+    sender.post({.centre = BusNotification::Centre::Distributed, .name = name, .object = object, .userInfo = {}});
+    watching->readLine();
+  }
+  watching->signal(SIGTERM);
+  // Each command takes one of the lines.
+  ASSERT_EQ(::write(gate.get(), "\n\n", 2), 2);
+  EXPECT_EQ(watching->wait(), succeeded(""));
+  const std::string both = contents(told);
+  EXPECT_TRUE(both == "first\nlast\n" || both == "last\nfirst\n") << both;
+}
+
+TEST_F(Watch, RunsTheCommandsOfOneNameOneAfterTheOther) {
+  const auto told = device.folder().path() / "told";
+  const auto tell = [&](const std::string& word) { return "echo " + word + " >>'" + told.string() + "'"; };
+  const std::string name = "com.example.name";
+  const auto watching =
+      device.start({"watch", "--json", "--exec", name + "=sleep 0.2; " + tell("one") + "; ulimit -f 1; kill -XFSZ $$",
+                    "--exec", name + "=/none 2>/dev/null; " + tell("two"), "--exec", name + "=" + tell("three")});
+  EXPECT_EQ(watching->readLine(), kWatching);
+  Bus sender(bus.address());
+  ASSERT_TRUE(sender.waitUntilConnected(10s));
+  sender.post({.centre = BusNotification::Centre::Darwin, .name = name, .object = {}, .userInfo = {}});
+  EXPECT_EQ(contentsOnce(told, "one\ntwo\nthree\n"), "one\ntwo\nthree\n");
+  watching->signal(SIGTERM);
+  EXPECT_EQ(watching->wait().code, 0);
+}
+
+TEST_F(Watch, StartsItsCommandsWithTheSignalsAsTheyWere) {
+  const auto told = device.folder().path() / "told";
+  const std::string name = "com.example.name";
+  // The last seven digits are those of the signals up to 28; the C library has two beyond them for itself.
+  const auto watching = device.start(
+      {"watch", "--json", "--exec",
+       name + "=sed -En 's/^(Sig(Blk|Ign)).*(.{7})$/\\1 \\3/p' /proc/self/status >'" + told.string() + "'"});
+  EXPECT_EQ(watching->readLine(), kWatching);
+  Bus sender(bus.address());
+  ASSERT_TRUE(sender.waitUntilConnected(10s));
+  sender.post({.centre = BusNotification::Centre::Darwin, .name = name, .object = {}, .userInfo = {}});
+  const std::string none = "SigBlk 0000000\nSigIgn 0000000\n";
+  EXPECT_EQ(contentsOnce(told, none), none);
 }
 
 TEST_F(Watch, PrintsNoCharacterThatATerminalActsOn) {
