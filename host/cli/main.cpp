@@ -11,6 +11,7 @@
 #include "host/cli/commands.h"
 #include "host/cli/output.h"
 #include "host/cli/panel_host.h"
+#include "host/linux/process_start.h"
 #include "host/linux/services.h"
 #include "platform/printable.h"
 
@@ -111,6 +112,7 @@ int fail(const std::exception& error, int code) {
 
 int main(int count, char** arguments) {
   using namespace quellar::host::cli;
+  quellar::host::linux::prepareProcess();
   try {
     run(parseCommandLine(std::vector<std::string>(arguments + 1, arguments + count)));
     return 0;

@@ -13,6 +13,7 @@
 #include <system_error>
 #include <thread>
 
+#include "host/linux/process_start.h"
 #include "host/window/opening.h"
 #include "host/window/options.h"
 #include "host/window/pictures.h"
@@ -136,6 +137,7 @@ int runWindow(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  quellar::host::linux::prepareProcess();
   const auto parsed = parseOptions(argc, argv);
   if (const int* code = std::get_if<int>(&parsed)) return *code;
   const auto& options = std::get<Options>(parsed);

@@ -3,9 +3,14 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
+#include <filesystem>
 #include <map>
+#include <system_error>
+#include <thread>
 
 #include "host/headless/json.h"
+#include "private_bus.h"
 #include "program.h"
 
 namespace quellar::tests {
@@ -380,6 +385,57 @@ TEST(SessionProgram, AnswersEachLineAsItComes) {
   EXPECT_EQ(session->readLine(), R"({"ok":true,"time":0.25})");
   session->write(R"({"do":"back"})");
   EXPECT_EQ(session->wait(), succeeded("{\"error\":\"no page is open\"}\n")) << "the last line needs no line end";
+}
+
+/// Where a descriptor of a program leads once it is what is expected, or after a while.
+std::string descriptorOnce(const Running& program, int number, const std::string& expected) {
+  const std::string link = "/proc/" + std::to_string(program.process()) + "/fd/" + std::to_string(number);
+  std::error_code error;
+  std::string leads;
+  for (int tries = 0; tries < 1000 && leads != expected; ++tries) {
+    leads = std::filesystem::read_symlink(link, error).string();
+    if (leads != expected) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return leads;
+}
+
+TEST(Start, OpensTheStandardDescriptorsThatAreClosedSoThatNoFileOfOursGetsThem) {
+  const Device device;
+  // It waits for its first line with the store open.
+  const auto session = device.startShell("exec \"$0\" session >&- 2>&-");
+  for (const int descriptor : {1, 2}) EXPECT_EQ(descriptorOnce(*session, descriptor, "/dev/null"), "/dev/null");
+  session->closeInput();
+  EXPECT_EQ(session->wait().code, 0);
+  const PrivateBus bus;
+  Device other;
+  other.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
+  const auto watching = other.startShell("exec \"$0\" watch <&-");
+  EXPECT_EQ(descriptorOnce(*watching, 0, "/dev/null"), "/dev/null");
+}
+
+TEST(Start, TellsByItsExitThatItsOutputIsClosed) {
+  const Device device;
+  EXPECT_EQ(device.shell("\"$0\" get 'Status Bar' " + std::string(kBattery) + " >&-"),
+            (Ended{1, "", "quellar: standard output: Bad file descriptor\n"}));
+  EXPECT_EQ(device.shell("\"$0\" set 'Status Bar' " + std::string(kBattery) + " on <&- >&- 2>&-"), succeeded(""));
+  EXPECT_EQ(device.run({"get", "Status Bar", kBattery}), succeeded("true\n"));
+  EXPECT_EQ(device.shell("\"$0\" session <&-"), succeeded("")) << "its input ends at once";
+}
+
+TEST(Start, MakesALimitOfTheSizeOfFilesAnErrorThatIsTold) {
+  const Device device;
+  // More than a block, of which a shell counts the limit.
+  const std::string text(5000, 'x');
+  EXPECT_EQ(device.run({"set", "Status Bar", "usesCustomTimeFormatter", "on"}), succeeded(""));
+  const std::string before = contents(device.store());
+  const Ended ended = device.shell("ulimit -f 1; exec \"$0\" set 'Status Bar' userCustomClockFormatter " + text);
+  EXPECT_EQ(ended.code, 1);
+  EXPECT_EQ(ended.output, "");
+  EXPECT_EQ(ended.errors, "quellar: " + device.store().string() + ": File too large\n");
+  EXPECT_EQ(contents(device.store()), before);
+  const std::string printed = (device.folder().path() / "printed").string();
+  EXPECT_EQ(device.shell("ulimit -f 1; exec \"$0\" schema >'" + printed + "'"),
+            (Ended{1, "", "quellar: standard output: File too large\n"}));
 }
 
 TEST(SessionProgram, PlaysTheDeviceOfItsOptions) {
