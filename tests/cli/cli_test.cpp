@@ -387,6 +387,40 @@ TEST(SessionProgram, AnswersEachLineAsItComes) {
   EXPECT_EQ(session->wait(), succeeded("{\"error\":\"no page is open\"}\n")) << "the last line needs no line end";
 }
 
+/// The most memory that a program has held so far, in KiB.
+long mostMemory(pid_t process) {
+  const std::string status = contents("/proc/" + std::to_string(process) + "/status");
+  return std::stol(status.substr(status.find("VmHWM:") + 6));
+}
+
+TEST(SessionProgram, AnswersALineThatIsTooLongOnceAndHoldsLittleOfIt) {
+  const Device device;
+  const auto session = device.start({"session"});
+  session->write("{\"do\":\"screen\"\n");
+  EXPECT_EQ(session->readLine(), R"({"error":"the line is not JSON"})");
+  const long before = mostMemory(session->process());
+  const std::string part(1 << 20, ' ');
+  for (int count = 0; count < 100; ++count) session->write(part);
+  session->write("\n{\"do\":\"advance\",\"seconds\":1}\n");
+  EXPECT_EQ(session->readLine(), R"({"error":"the line is longer than 1 MiB"})");
+  EXPECT_EQ(session->readLine(), R"({"ok":true,"time":1.0})");
+  EXPECT_LT(mostMemory(session->process()) - before, 16 * 1024);
+  session->write(part + " ");
+  EXPECT_EQ(session->wait(), succeeded("{\"error\":\"the line is longer than 1 MiB\"}\n"));
+}
+
+TEST(SessionProgram, OutlivesALineThatIsNestedWithoutBound) {
+  const Device device;
+  std::string line = R"({"do":"set","row":"x","value":)";
+  for (int depth = 0; depth < 90'000; ++depth) line += R"({"a":0,"b":)";
+  EXPECT_EQ(device.run({"session"}, line.substr(0, 1'000'000) + "\n"),
+            succeeded("{\"error\":\"the line is nested deeper than 128\"}\n"));
+  line = R"({"do":"set","row":"x","value":)" + std::string(90'000, '[') + std::string(90'000, ']') + "}\n";
+  EXPECT_EQ(device.run({"session"}, line), succeeded("{\"error\":\"the line is nested deeper than 128\"}\n"));
+}
+
+// ---- How a program starts
+
 /// Where a descriptor of a program leads once it is what is expected, or after a while.
 std::string descriptorOnce(const Running& program, int number, const std::string& expected) {
   const std::string link = "/proc/" + std::to_string(program.process()) + "/fd/" + std::to_string(number);
