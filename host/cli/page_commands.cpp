@@ -8,6 +8,7 @@
 #include "host/cli/output.h"
 #include "host/cli/page_rows.h"
 #include "host/headless/row_json.h"
+#include "platform/printable.h"
 
 namespace quellar::host::cli {
 
@@ -26,7 +27,7 @@ std::string shownText(PSSpecifier& row) {
   if (const auto choice = row.indexOfValue(*shown); choice && *choice < row.titles().size()) {
     return row.titles()[*choice];
   }
-  if (const auto* text = shown->as<std::string>()) return oneLine(*text);
+  if (const auto* text = shown->as<std::string>()) return *text;
   return headless::dump(headless::toJson(*shown));
 }
 
@@ -82,14 +83,14 @@ void printRows(const RowsCommand& command, PanelHost& host) {
   std::string heading;
   for (const auto& row : page->specifiers()) {
     if (row->cellType() == PSCellType::PSGroupCell) {
-      heading += "\n" + (row->name().empty() ? "" : oneLine(row->name()) + "\n");
+      heading += "\n" + (row->name().empty() ? "" : platform::printable(row->name()) + "\n");
       continue;
     }
     headings.push_back(std::exchange(heading, ""));
-    table.add({oneLine(row->name()), shownText(*row), nameForCommands(*row, host)});
+    table.add({row->name(), shownText(*row), nameForCommands(*row, host)});
   }
   std::string lines = table.text(2);
-  std::string text = page->title() + "\n";
+  std::string text = platform::printable(page->title()) + "\n";
   for (const auto& each : headings) {
     const std::size_t end = lines.find('\n') + 1;
     text += each + lines.substr(0, end);

@@ -3,6 +3,7 @@
 #include "host/cli/output.h"
 #include "host/cli/schema.h"
 #include "host/headless/json.h"
+#include "platform/printable.h"
 
 namespace quellar::host::cli {
 
@@ -66,7 +67,7 @@ std::string escaped(const std::string& text) {
     if (each == '|' || each == '\\') result += '\\';
     result += each;
   }
-  return oneLine(result);
+  return platform::printable(result);
 }
 
 std::string titleOf(const frame::PageRegistry::Entry& entry) {
@@ -98,7 +99,7 @@ void printSchema(const SchemaCommand& command, PanelHost& host) {
     } else {
       Table table;
       for (const auto& key : keys) table.add(cells(key));
-      print(titleOf(entry) + "\n" + table.text(2) + "\n");
+      print(platform::printable(titleOf(entry)) + "\n" + table.text(2) + "\n");
     }
   }
   if (command.form == Form::Json) printArray(all);

@@ -113,9 +113,7 @@ Change changeOf(platform::PSListController& page, PSSpecifier& row, const SetCom
       auto& cell = dynamic_cast<KVQuellarStepperCell&>(*row.cell());
       const auto& stepper = cell.stepper();
       const auto number = numberOf(command.value);
-      const double steps = number ? (*number - stepper.minimum) / stepper.step : 0.5;
-      const bool isReached = std::abs(steps - std::round(steps)) < 1e-9;
-      if (!number || *number < stepper.minimum || *number > stepper.maximum || !isReached) {
+      if (!number || *number < stepper.minimum || *number > stepper.maximum || !cell.reaches(*number)) {
         refuse(command, range(stepper.minimum, stepper.maximum) + " in steps of " + dump(stepper.step));
       }
       return [&cell, number] { cell.moveTo(*number); };

@@ -165,6 +165,11 @@ std::optional<BundleResources::ImageFile> BundleResources::imageFile(const Image
   return std::nullopt;
 }
 
+std::optional<std::string> BundleResources::imageBytes(const Image& image, double scale) const {
+  const auto file = imageFile(image, scale);
+  return file ? contents(pathAtScale(image.path, file->scale), kImageSizeLimit) : std::nullopt;
+}
+
 std::optional<std::string> BundleResources::contents(const std::string& path, std::size_t limit) const {
   try {
     return root_.contents(path, limit);

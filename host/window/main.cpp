@@ -13,15 +13,18 @@
 #include <system_error>
 #include <thread>
 
+#include "host/linux/process_start.h"
 #include "host/window/opening.h"
 #include "host/window/options.h"
 #include "host/window/pictures.h"
 #include "host/window/settings_window.h"
 #include "host/window/window_platform.h"
+#include "platform/printable.h"
 
 namespace {
 
 using namespace quellar::host::window;
+using quellar::platform::printable;
 
 // The toolkit aborts where it has no display to work on; a user gets one clear line instead.
 void tellNoDisplay(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*message*/) {
@@ -62,7 +65,7 @@ int drawPictures(const Options& options) {
     std::cout << files.size() << " pictures in " << *options.pictures << std::endl;
     return 0;
   } catch (const std::exception& error) {
-    std::cerr << "quellar-settings: " << error.what() << std::endl;
+    std::cerr << "quellar-settings: " << printable(error.what()) << std::endl;
     return 1;
   }
 }
@@ -77,7 +80,7 @@ int runWindow(const Options& options) {
   SettingsWindow* shown = nullptr;
   const auto tell = [&shown](const quellar::host::linux::StoreTrouble& trouble) {
     const std::string text = trouble.file + ": " + trouble.cause;
-    std::cerr << "quellar-settings: " << text << std::endl;
+    std::cerr << "quellar-settings: " << printable(text) << std::endl;
     // The store tells some troubles on its own thread, and some before the window is there.
     QMetaObject::invokeMethod(
         qApp,
@@ -107,7 +110,7 @@ int runWindow(const Options& options) {
   if (options.key) {
     row = rowShownFor(panel.platform(), *options.key);
     if (!row) {
-      std::cerr << "quellar-settings: the page \"" << entry.name << "\" has no row \"" << *options.key
+      std::cerr << "quellar-settings: the page \"" << entry.name << "\" has no row \"" << printable(*options.key)
                 << "\"; `quellar rows` lists them" << std::endl;
       return 2;
     }
@@ -134,6 +137,7 @@ int runWindow(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  quellar::host::linux::prepareProcess();
   const auto parsed = parseOptions(argc, argv);
   if (const int* code = std::get_if<int>(&parsed)) return *code;
   const auto& options = std::get<Options>(parsed);

@@ -12,7 +12,7 @@ namespace quellar::host::window {
 
 namespace {
 
-constexpr const char* kView = "qrc:/qt/qml/Quellar/Window/Main.qml";
+const QString kView = kViewAddress + "Main.qml";
 
 }  // namespace
 
@@ -34,13 +34,14 @@ void prepareApplication() {
 
 SettingsWindow::SettingsWindow(platform::NavigationController& controller, const WindowResources& resources,
                                double scale, const Appearance& appearance)
-    : navigation_(controller, resources), state_(appearance) {
-  engine_.addImageProvider("platform", new PlatformImageProvider(resources.findImage, scale));
-  engine_.addImageProvider("glyph", new GlyphProvider);
-  engine_.addImageProvider("swatch", new SwatchProvider);
-  engine_.addImageProvider("backdrop", new BackdropProvider(resources.wallpaper));
+    : navigation_(controller, resources),
+      state_(appearance),
+      engine_({{"platform", new PlatformImageProvider(resources.readImage, scale)},
+               {"glyph", new GlyphProvider},
+               {"swatch", new SwatchProvider},
+               {"backdrop", new BackdropProvider(resources.wallpaper)}}) {
   QObject::connect(&navigation_, &NavigationModel::topChanged, resources.elsewhere, &ElsewhereWatch::checkSoon);
-  QQmlComponent view(&engine_, QUrl(kView));
+  QQmlComponent view(&engine_.get(), QUrl(kView));
   std::unique_ptr<QObject> made(view.createWithInitialProperties(
       {{"navigation", QVariant::fromValue<QObject*>(&navigation_)},
        {"status", QVariant::fromValue<QObject*>(&state_)},
@@ -52,7 +53,7 @@ SettingsWindow::SettingsWindow(platform::NavigationController& controller, const
   if (!window_) throw std::runtime_error("the view of the window can't be loaded: " + view.errorString().toStdString());
   static_cast<void>(made.release());
   // Rows beyond the window are made between its frames.
-  engine_.setIncubationController(window_->incubationController());
+  engine_.get().setIncubationController(window_->incubationController());
   window_->installEventFilter(&state_);
 }
 

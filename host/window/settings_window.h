@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QQmlEngine>
 #include <QQuickWindow>
 #include <QSize>
 #include <memory>
 
+#include "host/window/confined_engine.h"
 #include "host/window/navigation_model.h"
 #include "host/window/row_order.h"
 #include "host/window/window_resources.h"
@@ -42,7 +42,7 @@ class SettingsWindow {
   WindowState state_;
   RowOrder order_;
   // Last, so that the view goes before what it shows.
-  QQmlEngine engine_;
+  ConfinedEngine engine_;
   std::unique_ptr<QQuickWindow> window_;
 };
 

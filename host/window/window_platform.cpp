@@ -95,10 +95,8 @@ WindowPlatform::~WindowPlatform() {
 }
 
 WindowResources WindowPlatform::resources() {
-  const auto findImage = [this](const platform::Image& image, double scale) -> std::optional<QString> {
-    const auto found = services_.bundles.imageFile(image, scale);
-    if (!found) return std::nullopt;
-    return QString::fromStdString(found->file.string());
+  const auto readImage = [this](const platform::Image& image, double scale) {
+    return services_.bundles.imageBytes(image, scale);
   };
   const auto text = [this](std::string_view english) {
     return QString::fromStdString(
@@ -109,7 +107,7 @@ WindowResources WindowPlatform::resources() {
   };
   const auto reopenPage = [this] { window::reopenPage(platform_); };
   return {
-      .findImage = findImage, .text = text, .wallpaper = wallpaper, .reopenPage = reopenPage, .elsewhere = &elsewhere_};
+      .readImage = readImage, .text = text, .wallpaper = wallpaper, .reopenPage = reopenPage, .elsewhere = &elsewhere_};
 }
 
 }  // namespace quellar::host::window

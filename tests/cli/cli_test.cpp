@@ -3,9 +3,14 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
+#include <filesystem>
 #include <map>
+#include <system_error>
+#include <thread>
 
 #include "host/headless/json.h"
+#include "private_bus.h"
 #include "program.h"
 
 namespace quellar::tests {
@@ -13,6 +18,8 @@ namespace cli_test {
 
 using host::headless::dump;
 using host::headless::Json;
+using testing::HasSubstr;
+using testing::StartsWith;
 
 constexpr auto kBattery = "disablesBatterySTBIcon";
 
@@ -99,7 +106,7 @@ TEST(CommandLine, NamesThePagesKeysAndValuesThatWouldBeRight) {
   for (const std::vector<std::string>& arguments : {std::vector<std::string>{"get", "Custom Carrier Strings", "a\nb"},
                                                     {"set", "Custom Carrier Strings", "a\nb", "on"}}) {
     EXPECT_EQ(device.run(arguments),
-              refused("no key \"a b\" on the page \"Custom Carrier Strings\"; its keys are " + kKeys));
+              refused("no key \"a\\u000ab\" on the page \"Custom Carrier Strings\"; its keys are " + kKeys));
   }
   EXPECT_EQ(device.run({"set", "Status Bar", kBattery, "1"}),
             refused("\"1\" is no value for disablesBatterySTBIcon; it takes on or off"));
@@ -128,6 +135,26 @@ TEST(CommandLine, FindsTheDeviceRoot) {
   device.environment["XDG_DATA_HOME"] = device.folder().path() / "data";
   EXPECT_EQ(device.run({"set", "Status Bar", kBattery, "on"}), succeeded(""));
   EXPECT_TRUE(std::filesystem::exists(device.folder().path().string() + "/data/quellar/device" + file));
+}
+
+TEST(CommandLine, PrintsNoCharacterThatATerminalActsOn) {
+  const Device device;
+  // A clear screen in its long and its short form, the other direction, and a line of its own.
+  const std::string hostile =
+      "a\x1b[2J\xc2\x9b"
+      "2J\xe2\x80\xae\x7f\nb";
+  const std::string escaped = R"(a\u001b[2J\u009b2J\u202e\u007f)";
+  EXPECT_THAT(device.run({"rows", hostile}).errors, StartsWith("quellar: no page \"" + escaped + "\\u000ab\"; "));
+  EXPECT_THAT(device.run({"rows", "\xff\x9b"}).errors, StartsWith("quellar: no page \"\\xff\\x9b\"; "));
+  EXPECT_EQ(device.run({"set", "Status Bar", "usesCustomTimeFormatter", "on"}), succeeded(""));
+  EXPECT_EQ(device.run({"set", "Status Bar", "userCustomClockFormatter", hostile}), succeeded(""));
+  EXPECT_EQ(device.run({"get", "Status Bar", "userCustomClockFormatter"}), succeeded("\"" + escaped + "\\nb\"\n"));
+  EXPECT_THAT(device.run({"rows", "Status Bar"}).output, HasSubstr("  " + escaped + "\\u000ab  "));
+  // Titles may be the device's own.
+  device.folder().write("device/Library/PreferenceBundles/Quellar.bundle/en.lproj/Localizable.strings",
+                        "\"Appearance\" = \"" + hostile + "\"; \"Lowercase AM/PM\" = \"" + hostile + "\";");
+  const std::string rows = device.run({"rows", "Status Bar"}).output;
+  EXPECT_THAT(rows, HasSubstr("\n" + escaped + "\\u000ab\n  " + escaped + "\\u000ab  "));
 }
 
 TEST(CommandLine, FailsWhereItsOutputCanNotBeWritten) {
@@ -358,6 +385,91 @@ TEST(SessionProgram, AnswersEachLineAsItComes) {
   EXPECT_EQ(session->readLine(), R"({"ok":true,"time":0.25})");
   session->write(R"({"do":"back"})");
   EXPECT_EQ(session->wait(), succeeded("{\"error\":\"no page is open\"}\n")) << "the last line needs no line end";
+}
+
+/// The most memory that a program has held so far, in KiB.
+long mostMemory(pid_t process) {
+  const std::string status = contents("/proc/" + std::to_string(process) + "/status");
+  return std::stol(status.substr(status.find("VmHWM:") + 6));
+}
+
+TEST(SessionProgram, AnswersALineThatIsTooLongOnceAndHoldsLittleOfIt) {
+  const Device device;
+  const auto session = device.start({"session"});
+  session->write("{\"do\":\"screen\"\n");
+  EXPECT_EQ(session->readLine(), R"({"error":"the line is not JSON"})");
+  const long before = mostMemory(session->process());
+  const std::string part(1 << 20, ' ');
+  for (int count = 0; count < 100; ++count) session->write(part);
+  session->write("\n{\"do\":\"advance\",\"seconds\":1}\n");
+  EXPECT_EQ(session->readLine(), R"({"error":"the line is longer than 1 MiB"})");
+  EXPECT_EQ(session->readLine(), R"({"ok":true,"time":1.0})");
+  EXPECT_LT(mostMemory(session->process()) - before, 16 * 1024);
+  session->write(part + " ");
+  EXPECT_EQ(session->wait(), succeeded("{\"error\":\"the line is longer than 1 MiB\"}\n"));
+}
+
+TEST(SessionProgram, OutlivesALineThatIsNestedWithoutBound) {
+  const Device device;
+  std::string line = R"({"do":"set","row":"x","value":)";
+  for (int depth = 0; depth < 90'000; ++depth) line += R"({"a":0,"b":)";
+  EXPECT_EQ(device.run({"session"}, line.substr(0, 1'000'000) + "\n"),
+            succeeded("{\"error\":\"the line is nested deeper than 128\"}\n"));
+  line = R"({"do":"set","row":"x","value":)" + std::string(90'000, '[') + std::string(90'000, ']') + "}\n";
+  EXPECT_EQ(device.run({"session"}, line), succeeded("{\"error\":\"the line is nested deeper than 128\"}\n"));
+}
+
+// ---- How a program starts
+
+/// Where a descriptor of a program leads once it is what is expected, or after a while.
+std::string descriptorOnce(const Running& program, int number, const std::string& expected) {
+  const std::string link = "/proc/" + std::to_string(program.process()) + "/fd/" + std::to_string(number);
+  std::error_code error;
+  std::string leads;
+  for (int tries = 0; tries < 1000 && leads != expected; ++tries) {
+    leads = std::filesystem::read_symlink(link, error).string();
+    if (leads != expected) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return leads;
+}
+
+TEST(Start, OpensTheStandardDescriptorsThatAreClosedSoThatNoFileOfOursGetsThem) {
+  const Device device;
+  // It waits for its first line with the store open.
+  const auto session = device.startShell("exec \"$0\" session >&- 2>&-");
+  for (const int descriptor : {1, 2}) EXPECT_EQ(descriptorOnce(*session, descriptor, "/dev/null"), "/dev/null");
+  session->closeInput();
+  EXPECT_EQ(session->wait().code, 0);
+  const PrivateBus bus;
+  Device other;
+  other.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
+  const auto watching = other.startShell("exec \"$0\" watch <&-");
+  EXPECT_EQ(descriptorOnce(*watching, 0, "/dev/null"), "/dev/null");
+}
+
+TEST(Start, TellsByItsExitThatItsOutputIsClosed) {
+  const Device device;
+  EXPECT_EQ(device.shell("\"$0\" get 'Status Bar' " + std::string(kBattery) + " >&-"),
+            (Ended{1, "", "quellar: standard output: Bad file descriptor\n"}));
+  EXPECT_EQ(device.shell("\"$0\" set 'Status Bar' " + std::string(kBattery) + " on <&- >&- 2>&-"), succeeded(""));
+  EXPECT_EQ(device.run({"get", "Status Bar", kBattery}), succeeded("true\n"));
+  EXPECT_EQ(device.shell("\"$0\" session <&-"), succeeded("")) << "its input ends at once";
+}
+
+TEST(Start, MakesALimitOfTheSizeOfFilesAnErrorThatIsTold) {
+  const Device device;
+  // More than a block, of which a shell counts the limit.
+  const std::string text(5000, 'x');
+  EXPECT_EQ(device.run({"set", "Status Bar", "usesCustomTimeFormatter", "on"}), succeeded(""));
+  const std::string before = contents(device.store());
+  const Ended ended = device.shell("ulimit -f 1; exec \"$0\" set 'Status Bar' userCustomClockFormatter " + text);
+  EXPECT_EQ(ended.code, 1);
+  EXPECT_EQ(ended.output, "");
+  EXPECT_EQ(ended.errors, "quellar: " + device.store().string() + ": File too large\n");
+  EXPECT_EQ(contents(device.store()), before);
+  const std::string printed = (device.folder().path() / "printed").string();
+  EXPECT_EQ(device.shell("ulimit -f 1; exec \"$0\" schema >'" + printed + "'"),
+            (Ended{1, "", "quellar: standard output: File too large\n"}));
 }
 
 TEST(SessionProgram, PlaysTheDeviceOfItsOptions) {

@@ -189,7 +189,7 @@ FocusScope {
                         radius: Math.min(height / 2, grid.previews.corner)
                         color: "#66000000"
                     }
-                    Text {
+                    PlainText {
                         id: number
 
                         anchors.centerIn: parent

@@ -45,7 +45,7 @@ FocusScope {
             extent: 20
             anchors.verticalCenter: parent.verticalCenter
         }
-        Text {
+        PlainText {
             id: label
 
             x: button.back ? sign.width : 0

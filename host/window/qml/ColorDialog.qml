@@ -378,7 +378,7 @@ FocusScope {
                     }
                 }
 
-                Text {
+                PlainText {
                     id: refusal
 
                     width: parent.width
@@ -448,7 +448,7 @@ FocusScope {
         }
     }
 
-    component Caption: Text {
+    component Caption: PlainText {
         color: Theme.quiet
         font.pixelSize: Theme.smallSize
         horizontalAlignment: Text.AlignHCenter
@@ -493,7 +493,7 @@ FocusScope {
             border.width: button.activeFocus && panel.keyboardInUse ? 2 : 0
             border.color: Theme.accent
         }
-        Text {
+        PlainText {
             id: label
 
             anchors.centerIn: parent

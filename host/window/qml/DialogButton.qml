@@ -38,7 +38,7 @@ FocusScope {
             height: 1 / Screen.devicePixelRatio
             color: Theme.hairline
         }
-        Text {
+        PlainText {
             id: label
 
             anchors.centerIn: parent

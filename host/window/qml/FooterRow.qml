@@ -11,14 +11,13 @@ Item {
     width: ListView.view ? ListView.view.width : 0
     height: text.implicitHeight + 10
 
-    Text {
+    PlainText {
         id: text
 
         x: Theme.sideInset(footerRow.width) + Theme.inset
         y: 8
         width: footerRow.width - 2 * x
         text: footerRow.label
-        textFormat: Text.PlainText
         color: Theme.quiet
         font.pixelSize: Theme.smallSize
         lineHeight: 1.35

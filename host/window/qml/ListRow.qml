@@ -107,7 +107,7 @@ FocusScope {
             Accessible.ignored: true
         }
 
-        Text {
+        PlainText {
             id: labelText
 
             y: ((row.stacked ? row.labelHeight : row.lineHeight) - height) / 2

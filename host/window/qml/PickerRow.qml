@@ -15,7 +15,7 @@ ListRow {
     trailingWidth: chevron.width + (text === "" ? 0 : chosen.width + 4)
     trailingHeight: chosen.implicitHeight
     trailing: [
-        Text {
+        PlainText {
             id: chosen
 
             anchors.verticalCenter: parent.verticalCenter

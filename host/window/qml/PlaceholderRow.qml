@@ -9,7 +9,7 @@ ListRow {
 
     pressable: false
     trailingWidth: kindText.implicitWidth
-    trailing: Text {
+    trailing: PlainText {
         id: kindText
 
         anchors.verticalCenter: parent.verticalCenter

@@ -86,7 +86,7 @@ Item {
                 Accessible.onPressAction: control.picked(index)
                 Accessible.onToggleAction: control.picked(index)
 
-                Text {
+                PlainText {
                     id: title
 
                     anchors.centerIn: parent

@@ -68,7 +68,7 @@ ListRow {
             Accessible.description: row.label
             Accessible.onPressAction: row.enter("")
 
-            Text {
+            PlainText {
                 id: valueText
 
                 anchors.verticalCenter: parent.verticalCenter
@@ -129,7 +129,7 @@ ListRow {
                 row.list.rows.moveTo(row.index, value);
             }
         },
-        Text {
+        PlainText {
             id: footnoteText
 
             x: row.labelX

@@ -44,7 +44,7 @@ ListRow {
     trailingWidth: ground.width + (text === "" ? 0 : number.implicitWidth + 14)
     trailingHeight: ground.height
     trailing: [
-        Text {
+        PlainText {
             id: number
 
             anchors.verticalCenter: parent.verticalCenter

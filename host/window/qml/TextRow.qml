@@ -58,7 +58,7 @@ ListRow {
             Accessible.editable: true
             Accessible.focusable: row.rowEnabled
 
-            Text {
+            PlainText {
                 anchors.fill: parent
                 visible: input.text === "" && input.preeditText === ""
                 verticalAlignment: Text.AlignVCenter
