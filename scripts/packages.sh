@@ -10,6 +10,7 @@ build_packages=(
   libcli11-dev
   libfontconfig-dev
   libgl-dev
+  libicu-dev
   libplist-dev
   librsvg2-bin
   libsdbus-c++-dev
@@ -23,6 +24,7 @@ build_packages=(
 run_packages=(
   dbus
   fonts-inter
+  libicu72
   qml6-module-qt-labs-qmlmodels
   qml6-module-qtqml
   qml6-module-qtqml-models

@@ -424,6 +424,34 @@ TEST(Schema, TellsKeysThatNoRowHas) {
             R"("label":"Blur Style","posts":["com.vantorick.quellar2.settings"]})");
 }
 
+TEST(Schema, TellsTheKeysOfEachInstalledApplication) {
+  Device device;
+  device.environment["XDG_DATA_HOME"] = (device.folder().path() / "data").string();
+  device.environment["XDG_DATA_DIRS"] = "/nonexistent";
+  device.folder().write("data/applications/mail.desktop", "[Desktop Entry]\nType=Application\nName=Mail\n");
+  const Ended schema = device.run({"schema", "--json"});
+  EXPECT_EQ(dump(elementWith(schema.output, "key", "orientation-mail.desktop")),
+            R"({"page":"KVQuellarAppOrientationListController","defaultsKey":null,"key":"orientation-mail.desktop",)"
+            R"("type":"integer","default":0,"minimum":null,"maximum":null,"values":[0,1,2],)"
+            R"("titles":["Automatic","Portrait","Landscape"],"label":"Mail","posts":[]})");
+  EXPECT_EQ(dump(elementWith(schema.output, "key", "hidden-mail.desktop")),
+            R"({"page":"KVQuellarAppHideListController","defaultsKey":"AppHide_Defaults","key":"hidden-mail.desktop",)"
+            R"("type":"boolean","default":false,"minimum":null,"maximum":null,"values":null,"titles":null,)"
+            R"("label":"Mail","posts":["com.vantorick.quellar2.settings"]})");
+}
+
+TEST(Applications, LoadTheLibraryThatSortsThemWhereTheyAreListedOnly) {
+  Device device;
+  const auto loads = [&](std::vector<std::string> arguments) {
+    device.environment["LD_DEBUG"] = "files";
+    return device.run(std::move(arguments)).errors.find("libicui18n") != std::string::npos;
+  };
+  EXPECT_FALSE(loads({"get", "Status Bar", kBattery}));
+  EXPECT_FALSE(loads({"set", "Status Bar", kBattery, "on"}));
+  EXPECT_FALSE(loads({"rows", "Dock"}));
+  EXPECT_TRUE(loads({"rows", "App Hide"}));
+}
+
 TEST(Schema, TellsOnlyKeysThatCanBeRead) {
   const Device device;
   std::map<std::string, std::vector<std::string>> keysOfPages;

@@ -103,6 +103,14 @@ TEST_F(LockScreenPage, OpensWithEachBlockWhoseSwitchIsStoredOn) {
              {{"userRequestsCustomCameraApp", true}, {"disableLSDateTime", true}});
 }
 
+TEST_F(LockScreenPage, ShowsTheNamesOfApplicationsAsTheSystemGivesThem) {
+  panel.bundles.texts = {{"Camera App", "<Camera App>"}, {"Lens", "wrong"}, {"Photo", "wrong"}};
+  open({{"userRequestsCustomCameraApp", true}});
+  EXPECT_THAT(panel.row("userCustomCameraApp").titles(), ElementsAre("Lens", "Photo"));
+  EXPECT_EQ(panel.row("userCustomCameraApp").name(), "<Camera App>");
+  EXPECT_THAT(panel.bundles.lookups, testing::Not(testing::Contains("Lens")));
+}
+
 TEST_F(LockScreenPage, PostsTheSettingsForItsPlainSwitches) {
   expectPlainSwitches({"userRequestsRemovingBlackFade",
                        "userRequestsSkippingPasscodeRespring",
