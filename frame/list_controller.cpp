@@ -412,14 +412,15 @@ std::optional<platform::Action> KVQuellarListController::actionForSelector(std::
 }
 
 void KVQuellarListController::setColorForSpecifier(PSSpecifier& specifier) {
-  const std::string key = specifier.stringForKey("colorKey");
+  const std::string& fallback = page_.colors.fallback;
+  pickColor(specifier.stringForKey("colorKey"), fallback.empty() ? specifier.stringForKey("defaultColor") : fallback);
+}
+
+void KVQuellarListController::pickColor(const std::string& key, const std::string& fallback) {
   const Value* stored = platform::find(userDefaults_, key);
   const auto* current = stored ? stored->as<std::string>() : nullptr;
-  const Colors& colors = page_.colors;
-  const std::string fallback = colors.fallback.empty() ? specifier.stringForKey("defaultColor") : colors.fallback;
-
   presentColorDialog(
-      platform::LCPParseColorString(current ? *current : fallback, fallback), colors.showAlpha,
+      platform::LCPParseColorString(current ? *current : fallback, fallback), page_.colors.showAlpha,
       [this, key](const platform::Color& color) { saveHexString(hexFromColor(color, page_.colors.showAlpha), key); });
 }
 

@@ -73,6 +73,8 @@ class KVQuellarListController : public platform::PSListController {
   void loadUserDefaults();
   /// Takes one key's value over from the store, if it has one.
   void takeOver(const std::string& key);
+  /// Shows the colour dialog, started from the stored colour of a key, and stores the colour that is picked.
+  void pickColor(const std::string& key, const std::string& fallback);
   /// Sets a value in the page dictionary alone; nothing removes the entry.
   void setUserDefault(const std::string& key, const std::optional<Value>& value);
   /// Writes the whole page dictionary under the page's defaults key.
