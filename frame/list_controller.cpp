@@ -461,6 +461,12 @@ void KVQuellarListController::saveColors(const Post& post) {
 }
 
 void KVQuellarListController::redraw() {
+  // A hidden block comes back with new cells: theirs may show a colour that is not stored any more.
+  for (const Block& block : blocks_) {
+    for (const auto& row : block.rows) {
+      if (!indexOfSpecifier(*row)) row->setCell(nullptr);
+    }
+  }
   switch (page_.colors.redraw) {
     case Colors::Redraw::page:
       reload();
