@@ -200,7 +200,8 @@ void KVQuellarListController::makeRow(const Row& row, Specifiers& list) {
         list.push_back(std::move(made));
       },
       [&](const RowFile& file) {
-        auto rows = specifiersForPlistName(file.name);
+        auto rows =
+            file.localized ? specifiersForPlistName(file.name) : loadSpecifiersFromPlistName(file.name, kBundlePath);
         if (file.firstRowOnly && rows.size() > 1) rows.resize(1);
         std::ranges::move(rows, std::back_inserter(list));
       },

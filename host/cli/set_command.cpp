@@ -27,10 +27,10 @@ using platform::Value;
 namespace {
 
 /// How long a slow bus may take for what was posted.
-constexpr std::chrono::seconds kBusLimit{2};
+constexpr std::chrono::seconds kBusFlushLimit{2};
 
 [[noreturn]] void refuse(const SetCommand& command, const std::string& takes) {
-  throw UsageError("\"" + command.value + "\" is no value for " + command.key + "; it takes " + takes);
+  throw UsageError("\"" + command.value + "\" is no value for " + shownKey(command.key) + "; it takes " + takes);
 }
 
 std::optional<double> numberOf(std::string_view text) {
@@ -118,13 +118,14 @@ void change(platform::PSListController& page, PSSpecifier& row, const SetCommand
       return;
     }
     case Control::text:
-      if (!linux::isUtf8(command.value)) throw UsageError("the value for " + command.key + " is no UTF-8 text");
+      if (!linux::isUtf8(command.value))
+        throw UsageError("the value for " + shownKey(command.key) + " is no UTF-8 text");
       page.userSetsValue(row, command.value);
       return;
     case Control::color: {
       page.userTapsRow(*page.indexOfSpecifier(row));
       const auto& dialog = navigation.dialog();
-      if (!dialog || !dialog->color) throw Failure(command.key + ": the page shows no color dialog for it");
+      if (!dialog || !dialog->color) throw Failure(shownKey(command.key) + ": the page shows no color dialog for it");
       navigation.completeColorDialog(colorOf(command, dialog->color->showAlpha));
       return;
     }
@@ -133,17 +134,16 @@ void change(platform::PSListController& page, PSSpecifier& row, const SetCommand
     case Control::pickerItem:
     case Control::button:
     case Control::staticText:
-      throw UsageError(command.key + " belongs to a row that has no control for it");
+      throw UsageError(shownKey(command.key) + " belongs to a row that has no control for it");
   }
 }
 
 void setValue(const SetCommand& command, PanelHost& host, linux::Services& services) {
   const auto page = host.makePage(host.entryNamed(command.page));
-  const KeyedRow found = rowOfKey(*page, command.key);
-  if (!found.hidden.empty()) {
-    throw UsageError("the row of " + command.key + " is hidden now; " + found.hidden + " to show it");
-  }
-  if (!found.row->enabled()) throw UsageError("the row of " + command.key + " is disabled on this device");
+  const auto found = rowOfKey(*page, command.key);
+  if (found.isUnreachable || !found.steps.empty())
+    throw UsageError(whyHidden(found, dynamic_cast<frame::KVQuellarListController&>(*page), host));
+  if (!found.row->enabled()) throw UsageError("the row of " + shownKey(command.key) + " is disabled on this device");
   // The page is not shown, but it observes what its rows post, and the row has its control.
   page->loadView();
   page->reloadSpecifier(*found.row);
@@ -153,7 +153,7 @@ void setValue(const SetCommand& command, PanelHost& host, linux::Services& servi
   change(*page, *found.row, command, host.navigation());
   loop.runUntilIdle();
   loop.unwatch(watch);
-  services.bus.flush(kBusLimit);
+  services.bus.flush(kBusFlushLimit);
 }
 
 }  // namespace
