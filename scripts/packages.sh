@@ -14,6 +14,7 @@ build_packages=(
   libplist-dev
   librsvg2-bin
   libsdbus-c++-dev
+  libwayland-dev
   ninja-build
   nlohmann-json3-dev
   pkg-config
@@ -50,6 +51,7 @@ test_packages=(
   libgtest-dev
   shellcheck
   strace
+  weston
   xvfb
 )
 

@@ -17,6 +17,7 @@
 #include "host/window/options.h"
 #include "host/window/pictures.h"
 #include "host/window/settings_window.h"
+#include "host/window/wayland_seat.h"
 #include "host/window/window_platform.h"
 
 namespace {
@@ -145,6 +146,7 @@ int main(int argc, char** argv) {
     chooseScale(*options.scale);
   }
   chooseRenderer();
+  chooseInputMethod();
   chooseHeap();
   const std::jthread typefaces = readTypefaces();
   // The arguments are all ours.
