@@ -335,6 +335,12 @@ int RowModel::indexOf(const QString& identifier) const {
   return found == rows_.end() ? -1 : static_cast<int>(found - rows_.begin());
 }
 
+int RowModel::indexOfPlace(std::size_t place) const {
+  const auto found =
+      std::ranges::find_if(rows_, [&](const ShownRow& row) { return row.kind != kFooterKind && row.place == place; });
+  return found == rows_.end() ? -1 : static_cast<int>(found - rows_.begin());
+}
+
 int RowModel::indexOpening(const QString& className) const {
   const auto found = std::ranges::find(rows_, className, &ShownRow::opens);
   return className.isEmpty() || found == rows_.end() ? -1 : static_cast<int>(found - rows_.begin());

@@ -65,6 +65,34 @@ TEST_F(AccessibilityTest, DescribesAGroupByItsFooter) {
             "The no bold option will require a respring to take effect");
 }
 
+TEST_F(AccessibilityTest, OpensAtARowBelowOpenBlocks) {
+  const auto storing = [](const std::string& defaultsKey, const Dictionary& values) {
+    return [=](const TemporaryFolder& root) {
+      host::linux::FilePreferences((host::linux::DeviceRoot(root.path())))
+          .setAppValue(defaultsKey, Value(values), kDomain);
+    };
+  };
+  // In sight once the window has come to rest, and still.
+  const auto isInSight = [](const AccessibleWindow& window, const std::string& name) {
+    return eventually([&] {
+      const Accessible row = window.find("check box", name);
+      const AtspiRect place = row.extents();
+      return row.has(ATSPI_STATE_FOCUSED) && place.y >= 52 && place.y + place.height <= 800;
+    });
+  };
+  {
+    const AccessibleWindow window({"--page", "Notification Center/isNotificationCenterCustomText"},
+                                  storing("NotificationCenter_Defaults", {{"ncSwipeLocationDeterminesPage", true},
+                                                                          {"isNotificationCenterCustomText", true}}));
+    (void)window.find("entry", "Text:");
+    EXPECT_TRUE(isInSight(window, "Use Custom Text"));
+  }
+  const AccessibleWindow window({"--page", "Status Bar/disablesWifiSTBIcon"},
+                                storing("StatusBar_Defaults", {{"usesCustomTimeFormatter", true}}));
+  (void)window.find("entry", "Text:");
+  EXPECT_TRUE(isInSight(window, "Wifi"));
+}
+
 TEST_F(AccessibilityTest, HasEveryRowOfAPageWithinASecondOfItsOpening) {
   const AccessibleWindow window;
   window.find("push button", "Status Bar").act("Press");
