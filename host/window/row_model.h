@@ -22,6 +22,8 @@ struct ShownRow {
   std::string key;
   QString kind;
   QString label;
+  /// The title of the row's group, where the label alone does not tell the row from others.
+  QString group;
   QString identifier;
   /// The class of the page that the row opens, "" for none.
   QString opens;

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "frame/page_walk.h"
+#include "host/window/accessible_control.h"
 
 namespace quellar::host::window {
 
@@ -26,6 +27,9 @@ void chooseRenderer() {
 
 void prepareApplication() {
   std::setlocale(LC_NUMERIC, "C");
+  listActionsOnce();
+  // The name by which screen readers call the program; it would be that of its file.
+  QGuiApplication::setApplicationName("Quellar");
   QGuiApplication::setApplicationDisplayName("Quellar");
   QGuiApplication::setDesktopFileName("com.vantorick.QuellarSettings");
   QFont font = QGuiApplication::font();
@@ -73,7 +77,7 @@ bool SettingsWindow::revealRow(const QString& identifier) {
   PageModel* page = navigation_.top();
   const int index = page ? page->rows()->indexOf(identifier) : -1;
   if (index < 0) return false;
-  QMetaObject::invokeMethod(window_.get(), "revealRow", Q_ARG(QVariant, index));
+  reveal(index);
   return true;
 }
 
