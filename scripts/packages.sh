@@ -10,9 +10,11 @@ build_packages=(
   libcli11-dev
   libfontconfig-dev
   libgl-dev
+  libicu-dev
   libplist-dev
   librsvg2-bin
   libsdbus-c++-dev
+  libwayland-dev
   ninja-build
   nlohmann-json3-dev
   pkg-config
@@ -23,6 +25,7 @@ build_packages=(
 run_packages=(
   dbus
   fonts-inter
+  libicu72
   qml6-module-qt-labs-qmlmodels
   qml6-module-qtqml
   qml6-module-qtqml-models
@@ -48,6 +51,7 @@ test_packages=(
   libgtest-dev
   shellcheck
   strace
+  weston
   xvfb
 )
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "frame/list_controller.h"
+#include "frame/page_walk.h"
 #include "frame/row_value.h"
 #include "host/cli/commands.h"
 #include "host/cli/output.h"
@@ -33,8 +34,8 @@ std::string shownText(PSSpecifier& row) {
 
 /// What names the row for the other commands: its key, or the page that it opens.
 std::string nameForCommands(const PSSpecifier& row, const PanelHost& host) {
-  if (const auto key = row.identifier()) return *key;
-  if (const auto colorKey = row.stringForKey("colorKey"); !colorKey.empty()) return colorKey;
+  if (const auto id = row.identifier()) return *id;
+  if (const auto key = frame::keyOf(row)) return shownKey(*key);
   const auto* page = host.registry().find(row.detailControllerClass());
   return page ? "-> " + page->name : "";
 }

@@ -18,6 +18,7 @@
 #include "host/window/options.h"
 #include "host/window/pictures.h"
 #include "host/window/settings_window.h"
+#include "host/window/wayland_seat.h"
 #include "host/window/window_platform.h"
 #include "platform/printable.h"
 
@@ -106,14 +107,14 @@ int runWindow(const Options& options) {
   const auto& pages = panel.pages();
   const auto& entry = options.page ? *pages.find(*options.page) : pages.entries().front();
   openPage(panel.platform(), panel.pages(), entry);
-  std::optional<std::string> row;
+  std::optional<quellar::frame::FoundRow> row;
   if (options.key) {
-    row = rowShownFor(panel.platform(), *options.key);
-    if (!row) {
-      std::cerr << "quellar-settings: the page \"" << entry.name << "\" has no row \"" << printable(*options.key)
-                << "\"; `quellar rows` lists them" << std::endl;
+    auto found = rowToOpen(panel.platform(), pages, *options.key);
+    if (const auto* wrong = std::get_if<std::string>(&found)) {
+      std::cerr << "quellar-settings: " << *wrong << std::endl;
       return 2;
     }
+    row = std::get<quellar::frame::FoundRow>(std::move(found));
   }
 
   // What the pages have put off is done before the program ends.
@@ -128,7 +129,7 @@ int runWindow(const Options& options) {
   window.show(windowSize(screen));
   // Without a window manager nobody else gives the window the keyboard.
   window.window().requestActivate();
-  if (row) window.revealRow(QString::fromStdString(*row));
+  if (row) window.leadTo(*row);
   const int code = QGuiApplication::exec();
   shown = nullptr;
   return code;
@@ -149,6 +150,7 @@ int main(int argc, char** argv) {
     chooseScale(*options.scale);
   }
   chooseRenderer();
+  chooseInputMethod();
   chooseHeap();
   const std::jthread typefaces = readTypefaces();
   // The arguments are all ours.

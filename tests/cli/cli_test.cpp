@@ -100,8 +100,8 @@ TEST(CommandLine, NamesThePagesKeysAndValuesThatWouldBeRight) {
                                                     ".*\"Status Bar\".*\n"));
   }
   const std::string kKeys =
-      "usesCustomCarrierText, userRequestsCustomNoServiceString, userRequestsCustomSearchingString, "
-      "userRequestsCustomWifiCallingString, userCustomCarrierText, userCustomNoServiceText, userCustomSearchingText, "
+      "usesCustomCarrierText, userCustomCarrierText, userRequestsCustomNoServiceString, userCustomNoServiceText, "
+      "userRequestsCustomSearchingString, userCustomSearchingText, userRequestsCustomWifiCallingString, "
       "userCustomWifiCarrierText";
   for (const std::vector<std::string>& arguments : {std::vector<std::string>{"get", "Custom Carrier Strings", "a\nb"},
                                                     {"set", "Custom Carrier Strings", "a\nb", "on"}}) {
@@ -294,11 +294,56 @@ TEST(Set, RefusesAHiddenRowAndNamesTheSwitchThatShowsIt) {
   EXPECT_EQ(device.run({"set", "Status Bar", "userCustomClockFormatter", "HH"}),
             refused("the row of userCustomClockFormatter is hidden now; turn on \"Use Custom Time Format\" "
                     "(usesCustomTimeFormatter) to show it"));
-  EXPECT_EQ(device.run({"set", "Status Bar", "userCustomCarrierText", "x"}),
-            refused("the row of userCustomCarrierText is hidden now; turn on \"usesCustomCarrierText\" to show it"));
+  EXPECT_EQ(
+      device.run({"set", "icons", "iconBadgeColor", "#123456"}),
+      refused("the row of iconBadgeColor is hidden now; turn on \"Use Custom Color\" (userRequestsColoredBadges), "
+              "then set \"Color Badges via\" (userStyleForIconBadgeColoring) to 1 to show it"));
   EXPECT_FALSE(std::filesystem::exists(device.root()));
   EXPECT_EQ(device.run({"set", "Status Bar", "usesCustomTimeFormatter", "on"}), succeeded(""));
   EXPECT_EQ(device.run({"set", "Status Bar", "userCustomClockFormatter", "HH"}), succeeded(""));
+}
+
+TEST(Set, SaysSoWhereNothingOnThePageShowsTheRow) {
+  const Device device;
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+      {{"set", "status-bar", "userCustomCarrierText", "x"},
+       "nothing on the page \"Status Bar\" shows the row of userCustomCarrierText; it is on the page \"Custom Carrier "
+       "Strings\""},
+      {{"set", "lockscreen", "userCustomActionLabelColor", "#123456"},
+       "nothing on the page \"LockScreen\" shows the row of userCustomActionLabelColor"},
+      {{"set", "custom-carrier-strings", "userCustomSearchingText", "x"},
+       "the row of userCustomSearchingText shows only when \"Use Custom String\" (userRequestsCustomSearchingString) "
+       "is "
+       "turned on while the page is open; set it in the window or in a session"}};
+  for (const auto& [arguments, line] : cases) EXPECT_EQ(device.run(arguments), refused(line));
+  EXPECT_FALSE(std::filesystem::exists(device.root()));
+  device.writeStore("<key>StatusBar_Defaults</key><dict><key>userRequestsCustomSearchingString</key><true/></dict>");
+  EXPECT_EQ(device.run(cases.back().first), refused(cases.back().second)) << "the page opens with the other text";
+}
+
+TEST(EmptyKey, IsReadSetAndListedAsAnyOther) {
+  const Device device;
+  EXPECT_EQ(device.run({"get", "icons", ""}), succeeded("\"#0362ff\"\n")) << "its default";
+  EXPECT_EQ(
+      device.run({"set", "icons", "", "#123456"}),
+      refused("the row of \"\" is hidden now; turn on \"Use Custom Colors\" (useCustomLabelIndicatorColors) to show "
+              "it"));
+  EXPECT_FALSE(std::filesystem::exists(device.root()));
+  EXPECT_EQ(device.run({"set", "icons", "useCustomLabelIndicatorColors", "on"}), succeeded(""));
+  EXPECT_EQ(device.run({"set", "icons", "", "#123456"}), succeeded(""));
+  EXPECT_EQ(device.run({"set", "icons", "", "blue"}),
+            refused("\"blue\" is no value for \"\"; it takes #rrggbb or #rrggbb:alpha"));
+  EXPECT_EQ(device.run({"session"}, R"({"do":"stored","key":"Icon_Defaults"})"),
+            succeeded(R"({"ok":true,"value":{"":"#123456","useCustomLabelIndicatorColors":true}})"
+                      "\n"));
+  EXPECT_EQ(device.run({"get", "icons", ""}), succeeded("\"#123456\"\n"));
+  EXPECT_THAT(device.run({"rows", "icons"}).output,
+              testing::ContainsRegex("\n  Recently Updated Dot +#123456 +\"\"\n"));
+  EXPECT_EQ(dump(elementWith(device.run({"schema", "--json"}).output, "key", "")),
+            R"({"page":"KVQuellarIconsListController","defaultsKey":"Icon_Defaults","key":"","type":"color",)"
+            R"("default":"#0362ff","minimum":null,"maximum":null,"values":null,"titles":null,)"
+            R"("label":"Recently Updated Dot","posts":["com.vantorick.quellar2.settings",)"
+            R"("com.vantorick.quellar2.badgeupdate"]})");
 }
 
 // ---- A store in trouble
@@ -534,6 +579,34 @@ TEST(Schema, TellsKeysThatNoRowHas) {
             R"({"page":"KVQuellarNotificationCenterListController","defaultsKey":"NotificationCenter_Defaults",)"
             R"("key":"ncPrefferedBackdropStyle","type":"integer","default":null,"minimum":null,"maximum":null,)"
             R"("label":"Blur Style","posts":["com.vantorick.quellar2.settings"]})");
+}
+
+TEST(Schema, TellsTheKeysOfEachInstalledApplication) {
+  Device device;
+  device.environment["XDG_DATA_HOME"] = (device.folder().path() / "data").string();
+  device.environment["XDG_DATA_DIRS"] = "/nonexistent";
+  device.folder().write("data/applications/mail.desktop", "[Desktop Entry]\nType=Application\nName=Mail\n");
+  const Ended schema = device.run({"schema", "--json"});
+  EXPECT_EQ(dump(elementWith(schema.output, "key", "orientation-mail.desktop")),
+            R"({"page":"KVQuellarAppOrientationListController","defaultsKey":null,"key":"orientation-mail.desktop",)"
+            R"("type":"integer","default":0,"minimum":null,"maximum":null,"values":[0,1,2],)"
+            R"("titles":["Automatic","Portrait","Landscape"],"label":"Mail","posts":[]})");
+  EXPECT_EQ(dump(elementWith(schema.output, "key", "hidden-mail.desktop")),
+            R"({"page":"KVQuellarAppHideListController","defaultsKey":"AppHide_Defaults","key":"hidden-mail.desktop",)"
+            R"("type":"boolean","default":false,"minimum":null,"maximum":null,"values":null,"titles":null,)"
+            R"("label":"Mail","posts":["com.vantorick.quellar2.settings"]})");
+}
+
+TEST(Applications, LoadTheLibraryThatSortsThemWhereTheyAreListedOnly) {
+  Device device;
+  const auto loads = [&](std::vector<std::string> arguments) {
+    device.environment["LD_DEBUG"] = "files";
+    return device.run(std::move(arguments)).errors.find("libicui18n") != std::string::npos;
+  };
+  EXPECT_FALSE(loads({"get", "Status Bar", kBattery}));
+  EXPECT_FALSE(loads({"set", "Status Bar", kBattery, "on"}));
+  EXPECT_FALSE(loads({"rows", "Dock"}));
+  EXPECT_TRUE(loads({"rows", "App Hide"}));
 }
 
 TEST(Schema, TellsOnlyKeysThatCanBeRead) {

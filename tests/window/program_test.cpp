@@ -125,7 +125,7 @@ TEST_F(ProgramTest, RefusesARowThatThePageDoesNotHave) {
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 2);
   EXPECT_EQ(contents(errors),
-            "quellar-settings: the page \"Status Bar\" has no row \"nothing\"; `quellar rows` lists them\n");
+            "quellar-settings: the page \"Status Bar\" has no row \"nothing\"; `quellar schema` lists them\n");
 }
 
 TEST_F(ProgramTest, SaysSoInOneLineWhereThereIsNoDisplay) {

@@ -123,6 +123,8 @@ FocusScope {
                     height: grid.previews.itemHeight
                     focus: index === grid.current
 
+                    readonly property bool accessibleControl: true
+
                     onActiveFocusChanged: if (activeFocus) {
                         grid.current = index;
                         grid.reveal(item);

@@ -4,6 +4,7 @@ import QtQuick
 FocusScope {
     id: button
 
+    readonly property bool accessibleControl: true
     property string title
     property bool done: false
     property bool back: false

@@ -241,6 +241,8 @@ FocusScope {
                                 FocusScope {
                                     id: before
 
+                                    readonly property bool accessibleControl: true
+
                                     width: parent.width / 2
                                     height: parent.height
 
@@ -272,6 +274,7 @@ FocusScope {
 
                                     Accessible.ignored: !visible
                                     Accessible.role: Accessible.StaticText
+                                    Accessible.focusable: false
                                     Accessible.name: panel.texts.now
                                     Accessible.description: panel.model.colorCode
                                 }
@@ -467,6 +470,7 @@ FocusScope {
     component PanelButton: FocusScope {
         id: button
 
+        readonly property bool accessibleControl: true
         required property string title
         property bool strong: false
         readonly property real needed: label.implicitWidth + 24

@@ -4,6 +4,7 @@ import QtQuick
 FocusScope {
     id: button
 
+    readonly property bool accessibleControl: true
     required property string title
     required property string style
     property bool apart: false

@@ -5,6 +5,8 @@ import QtQuick
 Item {
     id: footerRow
 
+    required property int index
+    readonly property bool accessibleControl: true
     required property string label
     required property string footer
 
@@ -28,5 +30,6 @@ Item {
 
     Accessible.ignored: footer !== "" || !visible
     Accessible.role: Accessible.StaticText
+    Accessible.focusable: false
     Accessible.name: label
 }

@@ -70,8 +70,10 @@ FocusScope {
             }
 
             status: stack.status
-            notice: stack.topView === view && stack.elsewhere && stack.elsewhere.changed ? stack.texts.changedElsewhere : ""
-            noticeAction: stack.texts.reopen
+            readonly property bool isOld: stack.topView === view && stack.elsewhere && stack.elsewhere.changed
+
+            notice: isOld ? stack.texts.changedElsewhere : stack.topView === view ? stack.status.hint : ""
+            noticeAction: isOld ? stack.texts.reopen : ""
             onNoticeActed: stack.reopen()
             rowOrder: stack.rowOrder
             width: beside ? stack.firstWidth : stack.width - leftEdge

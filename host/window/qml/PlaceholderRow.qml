@@ -6,6 +6,7 @@ ListRow {
     id: row
 
     required property string kind
+    readonly property bool accessibleControl: true
 
     pressable: false
     trailingWidth: kindText.implicitWidth
@@ -20,7 +21,8 @@ ListRow {
         Accessible.ignored: true
     }
 
+    about: kind
     Accessible.role: Accessible.StaticText
+    Accessible.focusable: false
     Accessible.name: label
-    Accessible.description: kind
 }

@@ -13,6 +13,7 @@ ListRow {
     required property bool canDecrease
     required property bool canIncrease
     required property bool autorepeat
+    readonly property bool accessibleControl: true
 
     // What assistive technology reads and sets.
     property real value: level
