@@ -103,6 +103,7 @@ void placeDomain(PanelOnFile& panel, int keys) {
     void setAppValue(std::string_view key, const std::optional<Value>& value, std::string_view) override {
       domain[std::string(key)] = *value;
     }
+    [[nodiscard]] bool wasRead(std::string_view) const override { return true; }
     void appSynchronize(std::string_view) override {}
   } memory;
   fillDomain(memory, keys);

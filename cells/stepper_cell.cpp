@@ -41,13 +41,7 @@ KVQuellarStepperCell::KVQuellarStepperCell(platform::Platform& platform, PSSpeci
 void KVQuellarStepperCell::layoutSubviews() {
   PSTableCell::layoutSubviews();
   const PSSpecifier& row = specifier();
-  if (!userDefaults_) {
-    const auto* defaultsKey = row.property<std::string>("defaultsKey");
-    const auto stored =
-        defaultsKey ? platform_.preferences.copyAppValue(*defaultsKey, frame::kSettingsDomain) : std::nullopt;
-    const auto* dictionary = stored ? stored->as<Dictionary>() : nullptr;
-    userDefaults_ = dictionary ? *dictionary : Dictionary{};
-  }
+  if (!userDefaults_) loadUserDefaults();
   if (row.propertyForKey("cellClass")) {
     take(row, "continuous", stepper_.continuous);
     take(row, "autorepeat", stepper_.autorepeat);
@@ -71,6 +65,15 @@ void KVQuellarStepperCell::layoutSubviews() {
     }
   }
   updateLabel();
+}
+
+void KVQuellarStepperCell::loadUserDefaults() {
+  userDefaults_.emplace();
+  const auto* defaultsKey = specifier().property<std::string>("defaultsKey");
+  if (!defaultsKey) return;
+  const auto stored = platform_.preferences.copyAppValue(*defaultsKey, frame::kSettingsDomain);
+  if (const auto* dictionary = stored ? stored->as<Dictionary>() : nullptr) userDefaults_ = *dictionary;
+  wasRead_ = platform_.preferences.wasRead(frame::kSettingsDomain);
 }
 
 double KVQuellarStepperCell::held(double value) const {
@@ -97,6 +100,7 @@ void KVQuellarStepperCell::stepperPressed() {
   const auto lastingRow = specifier().shared_from_this();
   const auto lastingCell = shared_from_this();
   const std::string key = row.stringForKey("key");
+  if (!wasRead_) loadUserDefaults();
   if (!userDefaults_) userDefaults_.emplace();
   userDefaults_->insert_or_assign(key, Value(stepper_.value));
   if (const auto* defaultsKey = row.property<std::string>("defaultsKey")) {

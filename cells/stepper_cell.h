@@ -48,11 +48,15 @@ class KVQuellarStepperCell : public platform::PSTableCell, public std::enable_sh
  private:
   [[nodiscard]] double held(double value) const;
   void updateLabel();
+  /// Reads the cell's copy of the page dictionary from the store.
+  void loadUserDefaults();
 
   platform::Platform& platform_;
   Stepper stepper_;
   Label label_;
   std::optional<platform::Dictionary> userDefaults_;
+  /// Whether the store could be read then.
+  bool wasRead_ = true;
 };
 
 }  // namespace quellar::cells

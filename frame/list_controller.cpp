@@ -35,7 +35,26 @@ void KVQuellarListController::loadUserDefaults() {
   userDefaults_.clear();
   if (colorsKey().empty()) return;
   auto stored = platform().preferences.copyAppValue(colorsKey(), kSettingsDomain);
+  wasRead_ = platform().preferences.wasRead(kSettingsDomain);
   if (auto* dictionary = stored ? stored->as<Dictionary>() : nullptr) userDefaults_ = std::move(*dictionary);
+}
+
+void KVQuellarListController::reloadUserDefaults() {
+  loadUserDefaults();
+  createDynamicSpecs();
+  reloadSpecifiers();
+}
+
+void KVQuellarListController::readIfUnread() {
+  if (wasRead_) return;
+  auto former = std::move(userDefaults_);
+  loadUserDefaults();
+  if (wasRead_) {
+    createDynamicSpecs();
+    reloadSpecifiers();
+  } else {
+    userDefaults_ = std::move(former);
+  }
 }
 
 void KVQuellarListController::takeOver(const std::string& key) {
@@ -285,6 +304,7 @@ void KVQuellarListController::setPreferenceValue(const std::optional<Value>& val
   const auto row = specifier.shared_from_this();
   const std::string key = specifier.stringForKey("key");
   const bool on = value && value->boolValue();
+  readIfUnread();
   for (const std::string& foreign : page_.takesOver) takeOver(foreign);
   setUserDefault(key, value);
   const bool cleared = clearOtherKeys(key, on);
@@ -438,6 +458,7 @@ void KVQuellarListController::presentColorDialog(const platform::Color& start, b
 }
 
 void KVQuellarListController::saveHexString(const std::string& hex, const std::string& key) {
+  readIfUnread();
   for (const std::string& foreign : page_.takesOver) takeOver(foreign);
   setUserDefault(key, Value(hex));
   saveColors(page_.colors.post);
@@ -486,9 +507,7 @@ void KVQuellarListController::handleSavingSliderValueForChanges(const platform::
 }
 
 void KVQuellarListController::refreshTableCellForTimerWithKey(const platform::Notification& /*notification*/) {
-  loadUserDefaults();
-  createDynamicSpecs();
-  reloadSpecifiers();
+  reloadUserDefaults();
   for (const Post& each : page_.stepperRefresh->posts) send(each);
 }
 

@@ -65,12 +65,18 @@ class KVQuellarListController : public platform::PSListController {
   /// Action of the "Respring" button: asks for confirmation and then posts the respring request.
   void respring();
 
+  /// Reads the page dictionary again and builds the rows anew: another program has changed it.
+  void reloadUserDefaults();
+
   /// The status bar style to come back to.
   int prevStatusStyle = 0;
 
  protected:
   /// Reads the page dictionary from the store again.
   void loadUserDefaults();
+  /// Before a write: a page whose dictionary could not be read tries again, so that the write does not replace what it
+  /// has never seen.
+  void readIfUnread();
   /// Takes one key's value over from the store, if it has one.
   void takeOver(const std::string& key);
   /// Sets a value in the page dictionary alone; nothing removes the entry.
@@ -113,6 +119,8 @@ class KVQuellarListController : public platform::PSListController {
 
   const Page& page_;
   platform::Dictionary userDefaults_;
+  /// Whether the store could be read when the dictionary was loaded.
+  bool wasRead_ = true;
   std::vector<Block> blocks_;
 };
 

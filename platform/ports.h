@@ -23,8 +23,12 @@ class Preferences {
   /// Takes a key and a domain; returns a copy of the value stored under the key now, or nothing.
   [[nodiscard]] virtual std::optional<Value> copyAppValue(std::string_view key, std::string_view domain) = 0;
 
-  /// Replaces the value under one key of a domain; nothing for the value removes the key. When the call returns, every
-  /// process reads the new value.
+  /// Whether the last read of the domain found out what it holds. Where it did not, a value may be stored although
+  /// copyAppValue() returned none.
+  [[nodiscard]] virtual bool wasRead(std::string_view domain) const = 0;
+
+  /// Replaces the value under one key of a domain; nothing for the value removes the key. By the time that a
+  /// notification that is posted after the call arrives, every process reads the new value, also after a power cut.
   virtual void setAppValue(std::string_view key, const std::optional<Value>& value, std::string_view domain) = 0;
 
   /// Returns once all that was set in the domain is on the storage device.

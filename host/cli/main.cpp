@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <cstdio>
 #include <exception>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -19,27 +18,24 @@ namespace {
 using linux::StoreTrouble;
 using Detail = PanelHost::Detail;
 
-/// Keeps the first trouble of the store of one kind.
-class FirstTrouble {
- public:
-  explicit FirstTrouble(StoreTrouble::Kind kind) : kind_(kind) {}
+enum class Access { Reading, Writing };
 
-  void note(const StoreTrouble& trouble) {
-    const std::lock_guard guard(mutex_);
-    if (trouble.kind == kind_ && !first_) first_ = trouble;
+/// Whether a trouble of the store makes a command fail. The first write to a corrupt file sets it aside and succeeds.
+bool isFatal(const StoreTrouble& trouble, Access access) {
+  switch (trouble.kind) {
+    case StoreTrouble::Kind::Unreadable:
+      return true;
+    case StoreTrouble::Kind::Corrupt:
+      return access == Access::Reading;
+    case StoreTrouble::Kind::Write:
+      return access == Access::Writing;
+    case StoreTrouble::Kind::Recovered:
+    case StoreTrouble::Kind::KeptAside:
+    case StoreTrouble::Kind::Resolved:
+      return false;
   }
-
-  /// Throws it as a Failure, if there was one.
-  void tell() {
-    const std::lock_guard guard(mutex_);
-    if (first_) throw Failure(first_->file + ": " + first_->cause);
-  }
-
- private:
-  const StoreTrouble::Kind kind_;
-  std::mutex mutex_;
-  std::optional<StoreTrouble> first_;
-};
+  return true;
+}
 
 template <typename... Handlers>
 struct Overloaded : Handlers... {
@@ -47,20 +43,21 @@ struct Overloaded : Handlers... {
 };
 
 void run(const CommandLine& line) {
-  const auto onStore = [&](StoreTrouble::Kind kind, auto command) {
-    FirstTrouble trouble(kind);
+  const auto onStore = [&](Access access, auto command) {
+    std::optional<StoreTrouble> first;
     {
-      linux::Services services({.deviceRoot = line.deviceRoot,
-                                .language = std::nullopt,
-                                .onTrouble = [&trouble](const StoreTrouble& each) { trouble.note(each); }});
+      linux::Services services(
+          {.deviceRoot = line.deviceRoot, .language = std::nullopt, .onTrouble = [&](const StoreTrouble& trouble) {
+             if (!first && isFatal(trouble, access)) first = trouble;
+           }});
       command(services);
-      // The store is flushed to the storage device when the services go, which may fail too.
+      // What could not be written is tried once more when the services go.
     }
     flush();
-    trouble.tell();
+    if (first) throw Failure(first->file + ": " + first->cause);
   };
   const auto reading = [&](Detail detail, auto command) {
-    onStore(StoreTrouble::Kind::Read, [&](linux::Services& services) {
+    onStore(Access::Reading, [&](linux::Services& services) {
       PanelHost host(services, detail);
       command(host);
     });
@@ -82,11 +79,11 @@ void run(const CommandLine& line) {
             reading(Detail::Bare, [&](PanelHost& host) { printValue(command, host); });
           },
           [&](const SetCommand& command) {
-            onStore(StoreTrouble::Kind::Write, [&](linux::Services& services) { setValue(command, services); });
+            onStore(Access::Writing, [&](linux::Services& services) { setValue(command, services); });
           },
           // The descriptions say it all; what the store holds has no part in it.
           [&](const SchemaCommand& command) {
-            onStore(StoreTrouble::Kind::Write, [&](linux::Services& services) {
+            onStore(Access::Writing, [&](linux::Services& services) {
               PanelHost host(services, Detail::Bare);
               printSchema(command, host);
             });

@@ -48,13 +48,14 @@ void runSession(const SessionCommand& command, linux::Services& services) {
                              .darwin = command.bus ? &services.darwin : nullptr,
                              .distributed = command.bus ? &services.distributed : nullptr},
                             printLine, [&preferences]() -> std::optional<std::string> {
-                              const auto troubles = preferences.takeWriteTroubles();
+                              const auto troubles = preferences.takeTroubles();
                               if (troubles.empty()) return std::nullopt;
                               return troubles.front().file + ": " + troubles.front().cause;
                             });
   StandardInput input;
   while (const auto line = input.nextLine()) {
     session.feed(*line);
+    preferences.retryUnsaved();
     if (command.bus) services.bus.flush(kBusLimit);
   }
 }

@@ -4,9 +4,13 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
 
 #include "cells/stepper_cell.h"
+#include "frame/names.h"
 #include "host/cli/commands.h"
 #include "host/cli/output.h"
 #include "host/cli/page_rows.h"
@@ -81,19 +85,20 @@ Color colorOf(const SetCommand& command, bool showAlpha) {
   return *color;
 }
 
-void change(platform::PSListController& page, PSSpecifier& row, const SetCommand& command,
-            platform::NavigationController& navigation) {
+using Change = std::function<void()>;
+
+/// What carries out the command on a row. Refuses a value that the row's control can't give.
+Change changeOf(platform::PSListController& page, PSSpecifier& row, const SetCommand& command,
+                platform::NavigationController& navigation) {
   switch (row.cell()->control()) {
     case Control::toggle:
-      page.userSetsValue(row, switchValue(command));
-      return;
+      return [&, value = switchValue(command)] { page.userSetsValue(row, value); };
     case Control::picker:
     case Control::segment: {
       const std::size_t choice = choiceOf(row, command);
       // A tap on the selected segment is none.
-      if (row.cell()->control() == Control::segment && headless::showsChoice(row, choice)) return;
-      page.userSetsValue(row, row.values()[choice]);
-      return;
+      if (row.cell()->control() == Control::segment && headless::showsChoice(row, choice)) return [] {};
+      return [&, choice] { page.userSetsValue(row, row.values()[choice]); };
     }
     case Control::slider:
     case Control::typedSlider: {
@@ -102,8 +107,7 @@ void change(platform::PSListController& page, PSSpecifier& row, const SetCommand
       if (!number || *number < slider.minimum() || *number > slider.maximum()) {
         refuse(command, range(slider.minimum(), slider.maximum()));
       }
-      page.userMovesSlider(row, *number);
-      return;
+      return [&, number] { page.userMovesSlider(row, *number); };
     }
     case Control::stepper: {
       auto& cell = dynamic_cast<KVQuellarStepperCell&>(*row.cell());
@@ -114,46 +118,77 @@ void change(platform::PSListController& page, PSSpecifier& row, const SetCommand
       if (!number || *number < stepper.minimum || *number > stepper.maximum || !isReached) {
         refuse(command, range(stepper.minimum, stepper.maximum) + " in steps of " + dump(stepper.step));
       }
-      cell.moveTo(*number);
-      return;
+      return [&cell, number] { cell.moveTo(*number); };
     }
     case Control::text:
       if (!linux::isUtf8(command.value)) throw UsageError("the value for " + command.key + " is no UTF-8 text");
-      page.userSetsValue(row, command.value);
-      return;
+      return [&] { page.userSetsValue(row, command.value); };
     case Control::color: {
       page.userTapsRow(*page.indexOfSpecifier(row));
       const auto& dialog = navigation.dialog();
       if (!dialog || !dialog->color) throw Failure(command.key + ": the page shows no color dialog for it");
-      navigation.completeColorDialog(colorOf(command, dialog->color->showAlpha));
-      return;
+      return [&, color = colorOf(command, dialog->color->showAlpha)] { navigation.completeColorDialog(color); };
     }
     case Control::group:
     case Control::link:
     case Control::pickerItem:
     case Control::button:
     case Control::staticText:
-      throw UsageError(command.key + " belongs to a row that has no control for it");
+      break;
   }
+  throw UsageError(command.key + " belongs to a row that has no control for it");
 }
 
-void setValue(const SetCommand& command, PanelHost& host, linux::Services& services) {
-  const auto page = host.makePage(host.entryNamed(command.page));
-  const KeyedRow found = rowOfKey(*page, command.key);
+/// A page that is ready for the command, and what carries it out.
+struct PreparedChange {
+  std::unique_ptr<PanelHost> host;
+  std::shared_ptr<platform::PSListController> page;
+  /// Whether the page keeps its values in a dictionary of the settings domain.
+  bool keepsDictionary = false;
+  Change carryOut;
+};
+
+PreparedChange prepare(const SetCommand& command, linux::Services& services, PanelHost::Detail detail) {
+  PreparedChange prepared;
+  prepared.host = std::make_unique<PanelHost>(services, detail);
+  const auto& entry = prepared.host->entryNamed(command.page);
+  prepared.keepsDictionary = !entry.page->defaultsKey.empty();
+  prepared.page = prepared.host->makePage(entry);
+  const KeyedRow found = rowOfKey(*prepared.page, command.key);
   if (!found.hidden.empty()) {
     throw UsageError("the row of " + command.key + " is hidden now; " + found.hidden + " to show it");
   }
   if (!found.row->enabled()) throw UsageError("the row of " + command.key + " is disabled on this device");
   // The page is not shown, but it observes what its rows post, and the row has its control.
-  page->loadView();
-  page->reloadSpecifier(*found.row);
+  prepared.page->loadView();
+  prepared.page->reloadSpecifier(*found.row);
+  prepared.carryOut = changeOf(*prepared.page, *found.row, command, prepared.host->navigation());
+  // A page that does not know what is stored must not write over it.
+  const auto troubles = services.preferences.takeTroubles();
+  if (!troubles.empty()) throw Failure(troubles.front().file + ": " + troubles.front().cause);
+  return prepared;
+}
 
-  auto& loop = host.loop();
-  const int watch = loop.watch(services.bus.descriptor(), POLLIN, [&](short) { services.bus.process(); });
-  change(*page, *found.row, command, host.navigation());
+void setValue(const SetCommand& command, linux::Services& services, PanelHost::Detail detail) {
+  auto& preferences = services.preferences;
+  const std::uint64_t generation = preferences.generation(frame::kSettingsDomain);
+  PreparedChange change = prepare(command, services, detail);
+
+  auto& bus = services.bus;
+  {
+    // Nobody else writes between what the page was made from and what it writes.
+    std::optional<linux::FilePreferences::Transaction> transaction;
+    if (change.keepsDictionary) {
+      transaction.emplace(preferences, frame::kSettingsDomain);
+      if (preferences.generation(frame::kSettingsDomain) != generation) change = prepare(command, services, detail);
+    }
+    change.carryOut();
+  }
+  auto& loop = change.host->loop();
+  const int watch = loop.watch(bus.descriptor(), POLLIN, [&bus](short) { bus.process(); });
   loop.runUntilIdle();
   loop.unwatch(watch);
-  services.bus.flush(kBusLimit);
+  bus.flush(kBusLimit);
 }
 
 }  // namespace
@@ -162,12 +197,10 @@ void setValue(const SetCommand& command, linux::Services& services) {
   // The bus answers while the page is made.
   services.bus.connect();
   try {
-    PanelHost host(services, PanelHost::Detail::Bare);
-    setValue(command, host, services);
+    setValue(command, services, PanelHost::Detail::Bare);
   } catch (const UsageError&) {
     // Nothing was written. The value may be a title in the user's language, and so may be what the message names.
-    PanelHost host(services, PanelHost::Detail::Full);
-    setValue(command, host, services);
+    setValue(command, services, PanelHost::Detail::Full);
   }
 }
 

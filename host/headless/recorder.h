@@ -67,6 +67,7 @@ class RecordingPreferences : public platform::Preferences {
 
   std::optional<platform::Value> copyAppValue(std::string_view key, std::string_view domain) override;
   void setAppValue(std::string_view key, const std::optional<platform::Value>& value, std::string_view domain) override;
+  [[nodiscard]] bool wasRead(std::string_view domain) const override { return store_.wasRead(domain); }
   void appSynchronize(std::string_view domain) override;
 
  private:

@@ -53,8 +53,10 @@ void makeOne(int parent, const std::string& name, const std::filesystem::path& f
     if (errno == EEXIST) return;
     throwErrno(file, "can't create it");
   }
-  // The umask took bits from the mode.
-  if (retried([&] { return ::fchmodat(parent, name.c_str(), kFolderMode, 0); }) != 0) throwErrno(file);
+  // The umask took bits from the mode. Somebody may have put a link in the folder's place, which is not followed.
+  if (retried([&] { return ::fchmodat(parent, name.c_str(), kFolderMode, AT_SYMLINK_NOFOLLOW); }) != 0) {
+    throwErrno(file, "can't create it");
+  }
 }
 
 }  // namespace

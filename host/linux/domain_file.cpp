@@ -1,19 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "host/linux/domain_file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
 #include <ctime>
+#include <memory>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "host/linux/posix_call.h"
-#include "host/linux/property_list_file.h"
 
 namespace quellar::host::linux {
 
@@ -22,9 +25,10 @@ namespace {
 constexpr mode_t kFileMode = 0600;
 
 /// Creates a file that must not be there yet; none with EEXIST in errno where it is.
-FileDescriptor createNew(int folder, const std::string& name, const std::filesystem::path& file) {
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  FileDescriptor created(retried([&] { return ::openat(folder, name.c_str(), kFlags, kFileMode); }));
+FileDescriptor createNew(int folder, const std::string& name, const std::filesystem::path& file,
+                         int access = O_WRONLY) {
+  const int flags = access | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  FileDescriptor created(retried([&] { return ::openat(folder, name.c_str(), flags, kFileMode); }));
   if (!created) {
     if (errno == EEXIST) return created;
     throwErrno(file, "can't create " + name);
@@ -59,19 +63,24 @@ bool cannotLink(int error) {
 }
 
 /// Whether two names could not be exchanged for a reason that does not stand in the way of renaming the one over the
-/// other: there is no second name yet, or the file system, the kernel or a sandbox knows no exchange.
+/// other: the file system, the kernel or a sandbox knows no exchange.
 bool cannotExchange(int error) {
-  return error == ENOENT || error == EINVAL || error == EOPNOTSUPP || error == ENOSYS || error == EPERM;
+  return error == EINVAL || error == EOPNOTSUPP || error == ENOSYS || error == EPERM;
 }
 
 FileDescriptor openLock(const DomainPlace& place) {
   const std::string name = place.lockName();
   while (true) {
-    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    FileDescriptor lock(retried([&] { return ::openat(place.folder(), name.c_str(), kFlags); }));
+    const auto opened = [&](int access) {
+      constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+      return FileDescriptor(retried([&] { return ::openat(place.folder(), name.c_str(), access | kFlags); }));
+    };
+    FileDescriptor lock = opened(O_RDWR);
+    // One that can't be written to locks all the same.
+    if (!lock && (errno == EACCES || errno == EROFS)) lock = opened(O_RDONLY);
     if (lock) return lock;
     if (errno != ENOENT) throwErrno(place.file, "can't open " + name);
-    lock = createNew(place.folder(), name, place.file);
+    lock = createNew(place.folder(), name, place.file, O_RDWR);
     if (!lock) continue;
     // Where that fails the lock stays: another writer may hold it by now.
     setMode(lock, name, place.file);
@@ -118,74 +127,138 @@ void syncFoldersAbove(const DomainPlace& place) {
   }
 }
 
-/// Opens the domain file itself, or nothing.
-FileDescriptor openDomainFile(const DomainPlace& place) {
-  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  FileDescriptor opened(retried([&] { return ::openat(place.folder(), place.name().c_str(), kFlags); }));
-  if (!opened && errno != ENOENT) throwErrno(place.file);
-  return opened;
-}
-
-bool isWholeDomain(const FileDescriptor& opened, const std::filesystem::path& file) {
-  try {
-    const std::optional<std::string> bytes = readWhole(opened.get(), kMaxPropertyListBytes, file);
-    if (!bytes) return false;
-    static_cast<void>(PropertyListDictionary(*bytes));
-    return true;
-  } catch (const PropertyListError&) {
-    return false;
+/// The same as retried() for a call that returns nullptr where it fails; errno is 0 where it did not.
+template <typename Call>
+auto retriedPointer(Call call) {
+  while (true) {
+    errno = 0;
+    const auto result = call();
+    if (result != nullptr || errno != EINTR) return result;
   }
 }
 
-/// Gives the domain file, which was just flushed, its second name. Needs the lock. Returns a hold on the version that
-/// was kept until now: with the last hold on a file its blocks are freed, which takes as long as a flush and is not to
-/// be waited for with the lock.
-FileDescriptor keepFlushed(const DomainPlace& place, const FileVersion& flushed) {
-  const std::optional<FileVersion> kept = versionAt(place.folder(), place.flushedName(), place.file);
-  // Renaming a link over another one of the same file would do nothing and leave both.
-  if (kept && kept->isSameFile(flushed)) return {};
-  const std::string temporary = place.temporaryName();
-  removeName(place.folder(), temporary, place.file);
-  if (retried([&] { return ::linkat(place.folder(), place.name().c_str(), place.folder(), temporary.c_str(), 0); }) !=
-      0) {
-    // Without second names a power cut between a write and its flush can cost the domain.
-    if (cannotLink(errno)) return {};
-    throwErrno(place.file, "can't link " + temporary);
+/// The names in the domain's folder that begin like this.
+std::vector<std::string> namesWithPrefix(const DomainPlace& place, const std::string& prefix) {
+  FileDescriptor listed(retried([&] { return ::openat(place.folder(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+  if (!listed) throwErrno(place.file, "can't list its folder");
+  const std::unique_ptr<DIR, int (*)(DIR*)> folder(retriedPointer([&] { return ::fdopendir(listed.get()); }),
+                                                   ::closedir);
+  if (!folder) throwErrno(place.file, "can't list its folder");
+  static_cast<void>(listed.release());
+  std::vector<std::string> names;
+  while (const dirent* entry = retriedPointer([&] { return ::readdir(folder.get()); })) {
+    if (std::string_view(entry->d_name).starts_with(prefix)) names.emplace_back(entry->d_name);
   }
-  FileDescriptor former(
-      retried([&] { return ::openat(place.folder(), place.flushedName().c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC); }));
-  if (retried([&] {
-        return ::renameat(place.folder(), temporary.c_str(), place.folder(), place.flushedName().c_str());
-      }) != 0) {
-    const int error = errno;
-    tryToRemoveName(place.folder(), temporary);
-    errno = error;
-    throwErrno(place.file, "can't rename " + temporary);
-  }
-  return former;
+  if (errno != 0) throwErrno(place.file, "can't list its folder");
+  return names;
 }
 
-/// Flushes the file with what is needed for it to be found; the lock is held by the caller or taken in between.
-Flush flushOnce(const DomainPlace& place, const std::chrono::milliseconds* lockLimit) {
-  const FileDescriptor opened = openDomainFile(place);
-  if (!opened) return {};
-  sync(opened.get(), place.file);
-  // At the first flush the folders may be as new as the file.
-  if (!versionAt(place.folder(), place.flushedName(), place.file)) syncFoldersAbove(place);
-  const bool isWhole = isWholeDomain(opened, place.file);
-  FlushedVersion flushed;
-  FileDescriptor former;
-  {
-    std::optional<DomainLock> lock;
-    if (lockLimit != nullptr) lock.emplace(place, *lockLimit);
-    flushed.before = versionOf(opened.get(), place.file);
-    const std::optional<FileVersion> current = place.version();
-    if (!current || !current->isSameFile(flushed.before)) return {.version = std::nullopt, .wasReplaced = true};
-    if (isWhole) former = keepFlushed(place, flushed.before);
-    flushed.after = versionOf(opened.get(), place.file);
+/// The numbers of the copies `<stem>-N` in the domain's folder, in order.
+std::vector<int> copies(const DomainPlace& place, const std::string& stem) {
+  std::vector<int> numbers;
+  for (const std::string& name : namesWithPrefix(place, stem + "-")) {
+    const char* const last = name.data() + name.size();
+    int number = 0;
+    const auto [end, error] = std::from_chars(name.data() + stem.size() + 1, last, number);
+    if (error == std::errc() && end == last && number > 0) numbers.push_back(number);
   }
-  sync(place.folder(), place.file);
-  return {.version = flushed, .wasReplaced = false};
+  std::ranges::sort(numbers);
+  return numbers;
+}
+
+/// The queue for a lock. Each caller locks one byte of the lock file, one behind the last that is taken, and holds it
+/// as long as it waits for the lock or has it. The locks are those of open file descriptions (F_OFD_SETLK in fcntl(2)),
+/// which the kernel frees at each kind of death; they are none of the file itself's (flock(2)).
+class LockQueue {
+ public:
+  explicit LockQueue(const FileDescriptor& lock) : lock_(lock) {
+    off_t place = 1;
+    while (true) {
+      while (const off_t taken = takenFrom(place, 0)) place = taken + 1;
+      if (!isUsable_) return;
+      struct flock byte = range(place, 1);
+      if (retried([&] { return ::fcntl(lock_.get(), F_OFD_SETLK, &byte); }) == 0) break;
+      if (errno != EAGAIN && errno != EACCES) return;
+      ++place;
+    }
+    place_ = place;
+  }
+
+  /// The first caller ahead of this one, by its place; 0 where there is none.
+  [[nodiscard]] off_t first() {
+    off_t first = 0;
+    for (off_t end = place_; end > 1;) {
+      const off_t taken = takenFrom(1, end - 1);
+      if (taken == 0) break;
+      first = end = taken;
+    }
+    return first;
+  }
+
+ private:
+  static struct flock range(off_t start, off_t length) {
+    struct flock lock{};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = start;
+    lock.l_len = length;
+    return lock;
+  }
+
+  /// A place in the range (of no end where the length is 0) that another one holds; 0 for none.
+  off_t takenFrom(off_t start, off_t length) {
+    struct flock lock = range(start, length);
+    if (retried([&] { return ::fcntl(lock_.get(), F_OFD_GETLK, &lock); }) != 0) {
+      // A file system without such locks serves its callers in any order.
+      isUsable_ = false;
+      return 0;
+    }
+    return lock.l_type == F_UNLCK ? 0 : std::max<off_t>(lock.l_start, start);
+  }
+
+  const FileDescriptor& lock_;
+  off_t place_ = 0;
+  bool isUsable_ = true;
+};
+
+void waitForLock(const FileDescriptor& lock, const DomainPlace& place, std::chrono::milliseconds limit) {
+  using SteadyClock = std::chrono::steady_clock;
+  // Most have done with the lock by then, and the shortest sleep is longer.
+  constexpr std::chrono::microseconds kAwake{50};
+  constexpr std::chrono::microseconds kLongestPause{2000};
+  // A caller that was stopped while it waited does not take the lock that is free; it loses its turn.
+  constexpr std::chrono::milliseconds kTurnLimit{100};
+  constexpr int kFreeSightings = 3;
+  LockQueue queue(lock);
+  const SteadyClock::time_point start = SteadyClock::now();
+  SteadyClock::time_point gotOn = start;
+  off_t ahead = queue.first();
+  int freeSightings = 0;
+  std::chrono::microseconds pause{50};
+  while (true) {
+    const SteadyClock::duration waited = SteadyClock::now() - gotOn;
+    if (ahead == 0 && tryLock(lock, place)) return;
+    if (ahead != 0 && waited > kTurnLimit && tryLock(lock, place)) {
+      if (++freeSightings == kFreeSightings) return;
+      unlock(lock);
+      std::this_thread::sleep_for(2 * kLongestPause);
+    }
+    if (waited >= limit) {
+      throw FileError(place.file, "another program has kept " + place.lockName() + " locked for " +
+                                      std::to_string(limit.count()) + " ms");
+    }
+    if (SteadyClock::now() - start < kAwake) {
+      std::this_thread::yield();
+    } else {
+      std::this_thread::sleep_for(pause);
+      pause = std::min(2 * pause, kLongestPause);
+    }
+    if (const off_t now = queue.first(); now != ahead) {
+      ahead = now;
+      gotOn = SteadyClock::now();
+      freeSightings = 0;
+    }
+  }
 }
 
 }  // namespace
@@ -211,35 +284,42 @@ std::optional<FileVersion> versionAt(int folder, const std::string& name, const 
   return std::nullopt;
 }
 
-DomainLock::DomainLock(const DomainPlace& place, std::chrono::milliseconds limit) : lock_(openLock(place)) {
-  using Clock = std::chrono::steady_clock;
-  // Most have done with the lock by then, and the shortest sleep is longer.
-  constexpr std::chrono::microseconds kAwake{50};
-  constexpr std::chrono::microseconds kLongestPause{2000};
-  std::chrono::microseconds pause{50};
-  const Clock::time_point start = Clock::now();
-  // flock(2) can't wait for a time, and another kind of lock would not be given up by each kind of death.
-  while (!tryLock(lock_, place)) {
-    const auto waited = Clock::now() - start;
-    if (waited < std::min<Clock::duration>(kAwake, limit)) {
-      std::this_thread::yield();
-      continue;
-    }
-    if (waited >= limit) {
-      throw FileError(place.file, "another program has kept " + place.lockName() + " locked for " +
-                                      std::to_string(limit.count()) + " ms");
-    }
-    std::this_thread::sleep_for(pause);
-    pause = std::min(2 * pause, kLongestPause);
-  }
+DomainLock::DomainLock(const DomainPlace& place, std::chrono::milliseconds limit) {
+  do {
+    lock_ = openLock(place);
+    waitForLock(lock_, place, limit);
+  } while (!isCurrent(place));
 }
 
-DomainLock::~DomainLock() {
+bool DomainLock::isCurrent(const DomainPlace& place) const {
+  const std::optional<FileVersion> named = versionAt(place.folder(), place.lockName(), place.file);
+  return named && named->isSameFile(versionOf(lock_.get(), place.file));
+}
+
+std::string DomainLock::temporaryName(const DomainPlace& place) const {
+  return place.temporaryStem() + "-" + std::to_string(versionOf(lock_.get(), place.file).inode);
+}
+
+void DomainLock::release() {
+  if (!lock_) return;
   unlock(lock_);
+  struct flock all{};
+  all.l_type = F_UNLCK;
+  all.l_whence = SEEK_SET;
+  retried([&] { return ::fcntl(lock_.get(), F_OFD_SETLK, &all); });
 }
 
-NextVersion::NextVersion(const DomainPlace& place, std::string_view bytes) : place_(place) {
-  const std::string name = place.temporaryName();
+void DomainLock::flushFolders(const DomainPlace& place) const {
+  sync(place.folder(), place.file);
+  if (versionOf(lock_.get(), place.file).size != 0) return;
+  syncFoldersAbove(place);
+  // Where the mark can't be made they are flushed again the next time.
+  static_cast<void>(retried([&] { return ::pwrite(lock_.get(), "1", 1, 0); }));
+}
+
+NextVersion::NextVersion(const DomainPlace& place, const DomainLock& lock, std::string_view bytes)
+    : place_(place), temporaryName_(lock.temporaryName(place)) {
+  const std::string& name = temporaryName_;
   FileDescriptor written = createNew(place.folder(), name, place.file);
   if (!written) {
     removeName(place.folder(), name, place.file);
@@ -249,6 +329,7 @@ NextVersion::NextVersion(const DomainPlace& place, std::string_view bytes) : pla
   try {
     setMode(written, name, place.file);
     writeWhole(written.get(), bytes, place.file);
+    sync(written.get(), place.file);
     handle_ = FileDescriptor(
         retried([&] { return ::openat(place.folder(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC); }));
     if (!handle_) throwErrno(place.file, "can't open " + name);
@@ -260,35 +341,66 @@ NextVersion::NextVersion(const DomainPlace& place, std::string_view bytes) : pla
 }
 
 NextVersion::~NextVersion() {
-  if (isLeft_) tryToRemoveName(place_.folder(), place_.temporaryName());
+  if (isLeft_) tryToRemoveName(place_.folder(), temporaryName_);
 }
 
-void NextVersion::commit() {
-  const std::string name = place_.temporaryName();
-  const auto moved = [&](unsigned flags) {
-    return retried([&] {
-             return ::renameat2(place_.folder(), name.c_str(), place_.folder(), place_.name().c_str(), flags);
-           }) == 0;
-  };
-  // A file system that cares for programs that never flush (ext4, btrfs) sends a new file to the device before it
-  // replaces another, and the writer waits for it. The kept version is there for what that is to prevent, and of an
-  // exchange of two names nobody takes it that it replaces anything.
-  if (moved(RENAME_EXCHANGE)) {
-    // The temporary name is the former file's now. Where it can't be removed at once, it is tried again at the end.
-    isLeft_ = !tryToRemoveName(place_.folder(), name);
-    return;
+bool NextVersion::move(unsigned flags) const {
+  return retried([&] {
+           return ::renameat2(place_.folder(), temporaryName_.c_str(), place_.folder(), place_.name().c_str(), flags);
+         }) == 0;
+}
+
+bool NextVersion::commit(const std::optional<FileVersion>& expected) {
+  const std::optional<FileVersion> there = place_.version();
+  if (there.has_value() != expected.has_value()) return false;
+  if (there && !there->hasSameContents(*expected)) return false;
+
+  // The two names are exchanged rather than one file renamed over the other, so that what was replaced can be looked
+  // at.
+  if (move(expected ? RENAME_EXCHANGE : RENAME_NOREPLACE)) {
+    isLeft_ = false;
+    if (!expected) return true;
+    const std::optional<FileVersion> replaced = versionAt(place_.folder(), temporaryName_, place_.file);
+    if (replaced && !replaced->hasSameContents(*expected)) return putBack();
+    // Where it can't be removed at once, it is tried again at the end.
+    isLeft_ = !tryToRemoveName(place_.folder(), temporaryName_);
+    return true;
   }
-  if (!cannotExchange(errno) || !moved(0)) throwErrno(place_.file, "can't replace it");
+  if (errno == ENOENT || errno == EEXIST) return false;
+  if (!cannotExchange(errno) || !move(0)) throwErrno(place_.file, "can't replace it");
   isLeft_ = false;
+  return true;
+}
+
+/// Gives the file back its name after the exchange, and returns false. A version that yet another rename has put in
+/// place meanwhile is newer, and gets the name.
+bool NextVersion::putBack() {
+  const FileVersion ours = versionOf(handle_.get(), place_.file);
+  for (int times = 0; times < 2; ++times) {
+    if (!move(RENAME_EXCHANGE)) throwErrno(place_.file, "can't put back what another program wrote");
+    const std::optional<FileVersion> other = versionAt(place_.folder(), temporaryName_, place_.file);
+    if (!other || other->isSameFile(ours)) break;
+  }
+  isLeft_ = true;
+  return false;
 }
 
 SafetyCopy::SafetyCopy(const DomainPlace& place, const std::string& stem, const FileDescriptor& source,
                        const std::string& name)
-    : place_(place) {
+    : place_(place), stem_(stem) {
   const FileVersion version = versionOf(source.get(), place.file);
   const std::optional<FileVersion> named = name.empty() ? std::nullopt : versionAt(place.folder(), name, place.file);
   bool byLink = named && named->isSameFile(version);
-  for (int number = 1;; ++number) {
+  const std::vector<int> earlier = copies(place, stem);
+  const int last = earlier.empty() ? 0 : earlier.back();
+  // A writer that died may just have made it.
+  const auto isThere = [&](int number) {
+    copyName_ = stem + "-" + std::to_string(number);
+    const std::optional<FileVersion> there = versionAt(place.folder(), copyName_, place.file);
+    return there && there->isSameFile(version);
+  };
+  if (last != 0 && isThere(last)) isKept_ = true;
+  for (int number = last + 1; !isKept_; ++number) {
     copyName_ = stem + "-" + std::to_string(number);
     if (byLink) {
       if (retried([&] { return ::linkat(place.folder(), name.c_str(), place.folder(), copyName_.c_str(), 0); }) == 0) {
@@ -299,12 +411,6 @@ SafetyCopy::SafetyCopy(const DomainPlace& place, const std::string& stem, const 
       } else if (errno != EEXIST) {
         throwErrno(place.file, "can't copy it to " + copyName_);
       }
-    }
-    if (const std::optional<FileVersion> there = versionAt(place.folder(), copyName_, place.file)) {
-      if (!there->isSameFile(version)) continue;
-      // A writer that died had just made it.
-      isKept_ = true;
-      break;
     }
     FileDescriptor copy = createNew(place.folder(), copyName_, place.file);
     if (!copy) continue;
@@ -341,34 +447,34 @@ SafetyCopy::~SafetyCopy() {
   if (!isKept_) tryToRemoveName(place_.folder(), copyName_);
 }
 
-Flush tryToFlushDomainFile(const DomainPlace& place, std::chrono::milliseconds lockLimit) {
-  return flushOnce(place, &lockLimit);
-}
-
-std::optional<FlushedVersion> flushDomainFile(const DomainPlace& place, std::chrono::milliseconds lockLimit) {
-  constexpr int kTriesWithoutLock = 3;
-  for (int tries = 0; tries < kTriesWithoutLock; ++tries) {
-    const Flush flush = tryToFlushDomainFile(place, lockLimit);
-    if (!flush.wasReplaced) return flush.version;
+void SafetyCopy::keep() {
+  isKept_ = true;
+  constexpr std::size_t kMostCopies = 10;
+  try {
+    const std::vector<int> numbers = copies(place_, stem_);
+    for (std::size_t index = 0; index + kMostCopies < numbers.size(); ++index) {
+      tryToRemoveName(place_.folder(), stem_ + "-" + std::to_string(numbers[index]));
+    }
+  } catch (const FileError&) {
+    // One too many is no reason to fail: the next copy tries again.
   }
-  const DomainLock lock(place, lockLimit);
-  return flushLockedDomainFile(place);
-}
-
-std::optional<FlushedVersion> flushLockedDomainFile(const DomainPlace& place) {
-  return flushOnce(place, nullptr).version;
 }
 
 void removeLeftovers(const DomainPlace& place) {
-  if (!versionAt(place.folder(), place.temporaryName(), place.file)) return;
   try {
+    const std::vector<std::string> names = namesWithPrefix(place, place.temporaryStem());
+    if (names.empty()) return;
     const FileDescriptor lock = openLock(place);
     if (!tryLock(lock, place)) return;
-    tryToRemoveName(place.folder(), place.temporaryName());
+    for (const std::string& name : names) tryToRemoveName(place.folder(), name);
     unlock(lock);
   } catch (const FileError&) {
     // No reason not to read the domain: the next write removes it, or says why it can't.
   }
+}
+
+void removeFlushedVersion(const DomainPlace& place) {
+  tryToRemoveName(place.folder(), place.flushedName());
 }
 
 }  // namespace quellar::host::linux

@@ -12,16 +12,19 @@
 #include "host/linux/confined_folder.h"
 #include "host/linux/file_descriptor.h"
 
-// The steps by which a domain file is replaced and brought to the storage device, so that at every moment, also after
-// a crash or a power cut, a whole version can be found.
+// The steps by which a domain file is replaced, so that whoever reads it, after any crash or power cut, finds a whole
+// version: the next version is written and flushed under a name of its own, then takes the file's name, then the folder
+// is flushed.
 //
 // Beside `<file>` there may be:
-//   <file>.lock      held (flock(2)) by whoever replaces the file or one of the names below; never removed
-//   <file>.tmp       the next version while it is written, and the former one once the two have exchanged their names;
-//                    only the holder of the lock has one, so one that is found under the lock was left by a writer
-//                    that died
-//   <file>.flushed   a second link to the last version that is known to be on the device. The file itself is replaced
-//                    without waiting for the device, so a power cut can leave it torn.
+//   <file>.lock      held (flock(2)) by whoever replaces the file. It is never removed; a writer that finds it removed
+//   or
+//                    replaced takes the new one. It holds a byte once the folders above it are on the device.
+//   <file>.tmp-N     the next version while it is written. N is the inode of the lock, so that no two holders share a
+//                    name, even where the lock was removed under one of them. One that is found under the lock was left
+//                    by a writer that died.
+//   <file>.flushed   a whole version that a former release kept. It is read where the file is torn, and removed by the
+//                    next write.
 //
 // All operations throw a FileError that names the domain file.
 
@@ -34,6 +37,8 @@ struct FileVersion {
   ino_t inode = 0;
   std::int64_t changedSeconds = 0;
   std::int64_t changedNanoseconds = 0;
+  std::int64_t modifiedSeconds = 0;
+  std::int64_t modifiedNanoseconds = 0;
   off_t size = 0;
 
   FileVersion() = default;
@@ -42,10 +47,17 @@ struct FileVersion {
         inode(status.st_ino),
         changedSeconds(status.st_ctim.tv_sec),
         changedNanoseconds(status.st_ctim.tv_nsec),
+        modifiedSeconds(status.st_mtim.tv_sec),
+        modifiedNanoseconds(status.st_mtim.tv_nsec),
         size(status.st_size) {}
 
   [[nodiscard]] bool isSameFile(const FileVersion& other) const {
     return device == other.device && inode == other.inode;
+  }
+  /// Whether nobody wrote to the file since; a change of its name alone does not count.
+  [[nodiscard]] bool hasSameContents(const FileVersion& other) const {
+    return isSameFile(other) && size == other.size && modifiedSeconds == other.modifiedSeconds &&
+           modifiedNanoseconds == other.modifiedNanoseconds;
   }
   /// How long ago it came to be, by the clock of the system.
   [[nodiscard]] std::chrono::nanoseconds age() const;
@@ -66,7 +78,7 @@ struct DomainPlace {
   [[nodiscard]] int folder() const { return place.folder.get(); }
   [[nodiscard]] const std::string& name() const { return place.name; }
   [[nodiscard]] std::string lockName() const { return place.name + ".lock"; }
-  [[nodiscard]] std::string temporaryName() const { return place.name + ".tmp"; }
+  [[nodiscard]] std::string temporaryStem() const { return place.name + ".tmp"; }
   [[nodiscard]] std::string flushedName() const { return place.name + ".flushed"; }
   [[nodiscard]] std::optional<FileVersion> version() const { return versionAt(folder(), name(), file); }
 };
@@ -74,39 +86,55 @@ struct DomainPlace {
 /// Holds a domain's lock. The lock of a process that died is free.
 class DomainLock {
  public:
-  /// Waits for the lock; throws where another holds it for longer than `limit`.
+  /// Waits for the lock. Callers are served in the order in which they came. Throws where nobody ahead has got on for
+  /// longer than `limit`.
   DomainLock(const DomainPlace& place, std::chrono::milliseconds limit);
-  ~DomainLock();
-  DomainLock(const DomainLock&) = delete;
-  DomainLock& operator=(const DomainLock&) = delete;
+  ~DomainLock() { release(); }
+  DomainLock(DomainLock&&) noexcept = default;
+  DomainLock& operator=(DomainLock&&) = delete;
+
+  /// Whether other writers still find this lock under its name.
+  [[nodiscard]] bool isCurrent(const DomainPlace& place) const;
+  /// The name of the next version while it is written by the holder of this lock.
+  [[nodiscard]] std::string temporaryName(const DomainPlace& place) const;
+  void release();
+
+  /// Flushes the domain's folder, and once the folders above it, so that what was replaced in it lasts. Needs no lock.
+  void flushFolders(const DomainPlace& place) const;
 
  private:
   FileDescriptor lock_;
 };
 
-/// The next version of a domain file, written beside it; removed again unless it is committed. Needs the lock.
+/// The next version of a domain file, written beside it and flushed; removed again unless it is committed. Needs the
+/// lock.
 class NextVersion {
  public:
-  NextVersion(const DomainPlace& place, std::string_view bytes);
+  NextVersion(const DomainPlace& place, const DomainLock& lock, std::string_view bytes);
   ~NextVersion();
   NextVersion(const NextVersion&) = delete;
   NextVersion& operator=(const NextVersion&) = delete;
 
-  /// Puts it in the file's place. From here on everybody reads it.
-  void commit();
+  /// Puts it in the place of the version that is expected there (nothing: of no file). From here on everybody reads it.
+  /// Returns false, and leaves the file as it is, where a program that takes no lock has put another version there.
+  [[nodiscard]] bool commit(const std::optional<FileVersion>& expected);
 
   /// Holds the file open, for its version (no reading).
   [[nodiscard]] FileDescriptor takeHandle() { return std::move(handle_); }
 
  private:
+  [[nodiscard]] bool move(unsigned flags) const;
+  [[nodiscard]] bool putBack();
+
   const DomainPlace& place_;
+  const std::string temporaryName_;
   FileDescriptor handle_;
   /// Whether the temporary name is still to be removed.
   bool isLeft_ = true;
 };
 
-/// A copy of a file under the first free of the names `<stem>-1`, `<stem>-2`, ...; removed again unless it is kept.
-/// It is on the storage device when it is made. Needs the lock.
+/// A copy of a file as `<stem>-N`, N one higher than that of any other copy; removed again unless it is kept. It is on
+/// the storage device when it is made. Needs the lock.
 class SafetyCopy {
  public:
   /// Copies the file `source` into the place's folder: by a second link to `name` where that is given and is that file,
@@ -116,39 +144,21 @@ class SafetyCopy {
   SafetyCopy(const SafetyCopy&) = delete;
   SafetyCopy& operator=(const SafetyCopy&) = delete;
 
-  void keep() { isKept_ = true; }
+  /// Keeps it, and of the older copies the newest nine.
+  void keep();
+  [[nodiscard]] std::filesystem::path file() const { return place_.file.parent_path() / copyName_; }
 
  private:
   const DomainPlace& place_;
+  const std::string stem_;
   std::string copyName_;
   bool isKept_ = false;
 };
 
-/// A version that was flushed, as it was before and after it got its second name (which changes the change time).
-struct FlushedVersion {
-  FileVersion before;
-  FileVersion after;
-};
-
-/// What came of a flush: the version, none where there is no file; or that the file was replaced meanwhile, and the
-/// version that it has now may not be on the device.
-struct Flush {
-  std::optional<FlushedVersion> version;
-  bool wasReplaced = false;
-};
-
-/// Brings the domain file to the storage device and makes it the kept version; a file that is no whole domain is not
-/// kept. Doesn't hold the lock while it waits for the device, so that no writer waits with it.
-Flush tryToFlushDomainFile(const DomainPlace& place, std::chrono::milliseconds lockLimit);
-
-/// The same until it is done: where the file is replaced again and again, it is flushed with the lock held. Returns
-/// nothing where there is no file.
-std::optional<FlushedVersion> flushDomainFile(const DomainPlace& place, std::chrono::milliseconds lockLimit);
-
-/// The same for a caller that holds the lock.
-std::optional<FlushedVersion> flushLockedDomainFile(const DomainPlace& place);
-
 /// Removes what a writer that died left beside the domain file, if the lock is free and it can be removed.
 void removeLeftovers(const DomainPlace& place);
+
+/// Removes the version that a former release kept, if there is one. Needs the lock.
+void removeFlushedVersion(const DomainPlace& place);
 
 }  // namespace quellar::host::linux

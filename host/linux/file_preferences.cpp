@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <system_error>
+#include <new>
 #include <utility>
 
 #include "host/linux/posix_call.h"
@@ -20,10 +20,11 @@ namespace {
 constexpr std::string_view kPreferencesFolder = "/var/mobile/Library/Preferences/";
 constexpr std::string_view kExtension = ".plist";
 
-/// The clock of file times ticks this coarsely on kernels before 6.13; later ones tell any two changes apart.
+/// The clock of file times ticks this coarsely on kernels before 6.13; later ones tell any two changes apart on the
+/// usual file systems.
 constexpr std::chrono::milliseconds kFileClockTick{20};
-/// The longest that another store of ours needs to flush what it wrote.
-constexpr std::chrono::seconds kFlushedByNow{10};
+/// How often a write starts over because a program that takes no lock keeps replacing the file.
+constexpr int kMostAttempts = 100;
 
 std::string pathOf(std::string_view domain) {
   return std::string(kPreferencesFolder) + std::string(domain) + std::string(kExtension);
@@ -41,50 +42,117 @@ FilePreferences::FilePreferences(DeviceRoot root, TroubleListener listener, File
     : root_(std::move(root)), listener_(std::move(listener)), options_(options) {}
 
 FilePreferences::~FilePreferences() {
-  if (flusher_.joinable()) {
-    flusher_.request_stop();
-    flusher_.join();
-  }
-  // The thread has ended; nothing is shared any more.
-  std::vector<std::string> names;
-  for (const auto& [name, unflushed] : unflushed_) names.push_back(name);
-  for (const std::string& name : names) flush(name, Insistence::UntilDone);
+  retryUnsaved();
 }
 
 std::optional<Value> FilePreferences::copyAppValue(std::string_view key, std::string_view domainName) {
   Domain& domain = domainNamed(domainName);
   refresh(domain);
-  if (const auto unsaved = domain.unsaved.find(key); unsaved != domain.unsaved.end()) {
-    if (!isSuperseded(domain, key, unsaved->second)) return unsaved->second.value;
-    domain.unsaved.erase(unsaved);
+  const std::optional<Value> stored = domain.entries.value(key);
+  if (domain.state == Domain::State::Unreadable) {
+    domain.unread.try_emplace(std::string(key), stored);
+  } else if (const auto unread = domain.unread.find(key); unread != domain.unread.end()) {
+    domain.unread.erase(unread);
   }
-  std::optional<Value> value = domain.entries.value(key);
-  if (domain.state == Domain::State::Unreadable && !value) domain.readBlind.emplace(key);
-  return value;
+  const auto unsaved = domain.unsaved.find(key);
+  if (unsaved == domain.unsaved.end()) return stored;
+  const auto& [value, isStorable, base] = unsaved->second;
+  return domain.state == Domain::State::Unreadable ? value : mergedValue(base, value, stored, Precedence::Theirs);
+}
+
+bool FilePreferences::wasRead(std::string_view domainName) const {
+  const auto domain = domains_.find(domainName);
+  return domain == domains_.end() || domain->second.state != Domain::State::Unreadable;
 }
 
 void FilePreferences::setAppValue(std::string_view key, const std::optional<Value>& value,
                                   std::string_view domainName) {
-  Domain& domain = domainNamed(domainName);
-  try {
-    store(domain, key, value);
-  } catch (const FileError& error) {
-    keepAside(domain, key, value, true);
-    report({StoreTrouble::Kind::Write, error.file(), error.cause()});
-  } catch (const PropertyListError& error) {
-    keepAside(domain, key, value, false);
-    report({StoreTrouble::Kind::Write, root_.hostPath(domain.path).string(),
-            "the value of " + std::string(key) + " can't be stored: " + error.what()});
-  }
+  write(domainName, {{.key = std::string(key), .value = value}});
 }
 
 void FilePreferences::appSynchronize(std::string_view domainName) {
-  const std::string name(domainName);
-  {
-    const std::lock_guard guard(mutex_);
-    if (!unflushed_.contains(name)) return;
+  // What is written is on the device; what could not be written gets one more chance.
+  Domain& domain = domainNamed(domainName);
+  if (domain.hasUnsaved()) write(domainName, {});
+}
+
+std::optional<WrittenVersion> FilePreferences::write(std::string_view domainName,
+                                                     const std::vector<PreferenceChange>& changes) {
+  Domain& domain = domainNamed(domainName);
+  std::optional<StoreTrouble> trouble;
+  bool isStorable = true;
+  try {
+    return store(domain, withUnsaved(domain, changes));
+  } catch (const FileError& error) {
+    trouble = {StoreTrouble::Kind::Write, error.file(), error.cause()};
+  } catch (const PropertyListError& error) {
+    isStorable = false;
+    const std::string what = changes.size() == 1 ? "the value of " + changes.front().key : "a value";
+    trouble = {StoreTrouble::Kind::Write, root_.hostPath(domain.path).string(),
+               what + " can't be stored: " + error.what()};
+  } catch (const std::bad_alloc&) {
+    trouble = {StoreTrouble::Kind::Write, root_.hostPath(domain.path).string(), errorText(ENOMEM)};
   }
-  flush(name, Insistence::UntilDone);
+  for (const PreferenceChange& change : changes) keepAside(domain, change, isStorable);
+  // What a retry still can't write is known.
+  if (!changes.empty() || domain.writeTrouble != trouble) {
+    domain.writeTrouble = trouble;
+    report(*trouble);
+  }
+  return std::nullopt;
+}
+
+void FilePreferences::adopt(std::string_view domainName, const WrittenVersion& written) {
+  Domain& domain = domainNamed(domainName);
+  const bool isNext = domain.version.has_value() == written.replaced.has_value() &&
+                      (!domain.version || domain.version->hasSameContents(*written.replaced));
+  const bool isKnown = domain.state == Domain::State::Whole || domain.state == Domain::State::Missing;
+  if (!isNext || !isKnown) return;
+  FileDescriptor handle(::fcntl(written.handle.get(), F_DUPFD_CLOEXEC, 3));
+  if (!handle) return;
+  // Where this fails half-way the file is read again.
+  domain.version.reset();
+  for (const auto& [key, value] : written.values) {
+    if (value) {
+      domain.entries.set(key, *value);
+    } else {
+      domain.entries.remove(key);
+    }
+  }
+  ++domain.generation;
+  domain.handle = std::move(handle);
+  domain.hash = written.hash;
+  become(domain, Domain::State::Whole, {}, {});
+  domain.version = written.version;
+  domain.mayChangeUnseen = written.version.age() < kFileClockTick;
+}
+
+FilePreferences::Transaction::Transaction(FilePreferences& preferences, std::string_view domainName)
+    : preferences_(preferences) {
+  const Domain& domain = preferences.domainNamed(domainName);
+  const DomainPlace place = preferences.placeOf(domain);
+  preferences.transaction_.emplace(domain.name, DomainLock(place, preferences.options_.lockLimit));
+}
+
+std::uint64_t FilePreferences::generation(std::string_view domainName) {
+  Domain& domain = domainNamed(domainName);
+  refresh(domain);
+  return domain.generation;
+}
+
+bool FilePreferences::Domain::hasUnsaved() const {
+  return std::ranges::any_of(unsaved, [](const auto& entry) { return entry.second.isStorable; });
+}
+
+bool FilePreferences::hasUnsaved() const {
+  return std::ranges::any_of(domains_, [](const auto& domain) { return domain.second.hasUnsaved(); });
+}
+
+bool FilePreferences::retryUnsaved() {
+  for (auto& [name, domain] : domains_) {
+    if (domain.hasUnsaved()) write(name, {});
+  }
+  return !hasUnsaved();
 }
 
 std::optional<StoreTrouble> FilePreferences::readTrouble(std::string_view domainName) {
@@ -94,9 +162,8 @@ std::optional<StoreTrouble> FilePreferences::readTrouble(std::string_view domain
   return domain.trouble;
 }
 
-std::vector<StoreTrouble> FilePreferences::takeWriteTroubles() {
-  const std::lock_guard guard(mutex_);
-  return std::exchange(writeTroubles_, {});
+std::vector<StoreTrouble> FilePreferences::takeTroubles() {
+  return std::exchange(troubles_, {});
 }
 
 FilePreferences::Domain& FilePreferences::domainNamed(std::string_view name) {
@@ -124,20 +191,14 @@ void FilePreferences::refresh(Domain& domain) {
     }
     std::optional<FileDescriptor> opened = root_.openForReading(domain.path);
     if (!opened) {
+      if (domain.state != Domain::State::Missing) ++domain.generation;
       domain.entries = PropertyListDictionary();
       domain.version.reset();
       domain.handle = FileDescriptor();
       become(domain, Domain::State::Missing, {}, {});
       return;
     }
-    const FileVersion now = versionOf(opened->get(), file);
-    if (domain.version && !domain.mayChangeUnseen) {
-      if (now == domain.version) return;
-      if (isOnlyRelabelled(domain, now)) {
-        domain.version = now;
-        return;
-      }
-    }
+    if (domain.version && !domain.mayChangeUnseen && versionOf(opened->get(), file) == domain.version) return;
     load(domain, *std::move(opened));
   } catch (const FileError& error) {
     // What was read before stays: it is the last that is known.
@@ -153,27 +214,37 @@ void FilePreferences::load(Domain& domain, FileDescriptor opened) {
   if (retried([&] { return ::fstat(opened.get(), &status); }) != 0) throwErrno(file);
   if (!S_ISREG(status.st_mode)) throw FileError(file, "is not a regular file");
   // Taken before the bytes: a change while they are read shows as another version the next time.
-  domain.version = FileVersion(status);
-  domain.mayChangeUnseen = domain.version->age() < kFileClockTick;
-  domain.isOurs = false;
+  const FileVersion version(status);
+  const bool mayChangeUnseen = version.age() < kFileClockTick;
   const std::optional<std::string> bytes = readWhole(opened.get(), kMaxPropertyListBytes, file);
-  domain.handle = std::move(opened);
-  try {
-    if (!bytes) checkPropertyListSize(kMaxPropertyListBytes + 1);
-    domain.entries = PropertyListDictionary(*bytes);
-    become(domain, Domain::State::Whole, {}, {});
-  } catch (const PropertyListError& error) {
-    if (recover(domain)) {
-      become(domain, Domain::State::Recovered, file.string(), error.what());
-    } else {
-      domain.entries = PropertyListDictionary();
-      become(domain, Domain::State::Corrupt, file.string(), error.what());
+  const std::size_t hash = bytes ? std::hash<std::string>()(*bytes) : 0;
+  const bool isSame = bytes && domain.version && domain.state == Domain::State::Whole && hash == domain.hash &&
+                      status.st_size == domain.version->size;
+  if (!isSame) {
+    // Where this fails half-way the file is read again.
+    domain.version.reset();
+    ++domain.generation;
+    try {
+      if (!bytes) checkPropertyListSize(kMaxPropertyListBytes + 1);
+      domain.entries = PropertyListDictionary(*bytes);
+      become(domain, Domain::State::Whole, {}, {});
+    } catch (const PropertyListError& error) {
+      if (recover(domain)) {
+        become(domain, Domain::State::Recovered, file.string(), error.what());
+      } else {
+        domain.entries = PropertyListDictionary();
+        become(domain, Domain::State::Corrupt, file.string(), error.what());
+      }
     }
   }
+  domain.version = version;
+  domain.mayChangeUnseen = mayChangeUnseen;
+  domain.hash = hash;
+  domain.handle = std::move(opened);
 }
 
-/// Reads the last flushed version in the place of a file that is torn; false where there is none that is whole. A file
-/// that was not torn by a power cut but written over in place is the flushed version itself, and stays corrupt.
+/// Reads the version that a former release kept in the place of a file that is torn; false where there is none that is
+/// whole.
 bool FilePreferences::recover(Domain& domain) {
   const std::filesystem::path file = root_.hostPath(domain.path);
   std::optional<ConfinedFolder::Place> found = root_.placeForWriting(domain.path);
@@ -198,8 +269,9 @@ bool FilePreferences::recover(Domain& domain) {
 }
 
 void FilePreferences::become(Domain& domain, Domain::State state, const std::string& file, const std::string& cause) {
-  const StoreTrouble::Kind kind =
-      state == Domain::State::Recovered ? StoreTrouble::Kind::Recovered : StoreTrouble::Kind::Read;
+  const StoreTrouble::Kind kind = state == Domain::State::Recovered ? StoreTrouble::Kind::Recovered
+                                  : state == Domain::State::Corrupt ? StoreTrouble::Kind::Corrupt
+                                                                    : StoreTrouble::Kind::Unreadable;
   const StoreTrouble trouble{kind, file, cause};
   const bool isNew = domain.state != state || domain.trouble != trouble;
   domain.state = state;
@@ -208,26 +280,69 @@ void FilePreferences::become(Domain& domain, Domain::State state, const std::str
   if (isNew && isTrouble) report(trouble);
 }
 
-/// Whether the file is the version that was read, and only got its second name since.
-bool FilePreferences::isOnlyRelabelled(const Domain& domain, const FileVersion& now) {
-  const std::lock_guard guard(mutex_);
-  const auto flushed = flushed_.find(domain.name);
-  return flushed != flushed_.end() && flushed->second.before == domain.version && flushed->second.after == now;
-}
-
-/// Whether another process changed the key since its write failed here: that is the newer write.
-bool FilePreferences::isSuperseded(const Domain& domain, std::string_view key, const Unsaved& unsaved) {
-  const bool isReadable = domain.state != Domain::State::Unreadable;
-  return unsaved.wasReadable && isReadable && domain.entries.value(key) != unsaved.stored;
-}
-
 // Writing.
 
-void FilePreferences::store(Domain& domain, std::string_view key, const std::optional<Value>& value) {
+/// The changes of a write, with those that earlier writes could not make.
+std::vector<PreferenceChange> FilePreferences::withUnsaved(const Domain& domain,
+                                                           const std::vector<PreferenceChange>& changes) const {
+  std::vector<PreferenceChange> all;
+  for (const auto& [key, unsaved] : domain.unsaved) {
+    const bool isReplaced = std::ranges::any_of(changes, [&](const auto& change) { return change.key == key; });
+    if (unsaved.isStorable && !isReplaced) all.push_back({key, unsaved.value, true, unsaved.base, Precedence::Theirs});
+  }
+  for (PreferenceChange change : changes) {
+    if (const auto unread = domain.unread.find(change.key); unread != domain.unread.end() && !change.merges) {
+      change.merges = true;
+      change.base = unread->second;
+    }
+    // What is stored lacks the change before this one too.
+    const auto unsaved = domain.unsaved.find(change.key);
+    if (unsaved != domain.unsaved.end() && change.merges) change.base = unsaved->second.base;
+    all.push_back(std::move(change));
+  }
+  return all;
+}
+
+/// Writes the changes, and returns once they are on the device. Throws where that fails.
+WrittenVersion FilePreferences::store(Domain& domain, const std::vector<PreferenceChange>& changes) {
   if (!isDomainName(domain.name)) throw FileError(root_.hostPath(domain.path), "no domain can have this name");
   const DomainPlace place = placeOf(domain);
-  const DomainLock lock(place, options_.lockLimit);
+  const bool isInTransaction = transaction_ && transaction_->domain == domain.name;
+  std::optional<DomainLock> lock;
+  if (isInTransaction) {
+    lock.emplace(std::move(transaction_->lock));
+    transaction_.reset();
+  }
+  std::optional<WrittenVersion> written;
+  for (int attempt = 0; !written; ++attempt) {
+    if (attempt == kMostAttempts) throw FileError(place.file, "other programs keep replacing it");
+    if (!lock || !lock->isCurrent(place)) {
+      lock.reset();
+      lock.emplace(place, options_.lockLimit);
+    }
+    written = tryToStore(domain, place, *lock, changes);
+  }
+  if (!std::exchange(domain.hasDroppedFlushed, true)) removeFlushedVersion(place);
+  lock->release();
+  lock->flushFolders(place);
 
+  for (const PreferenceChange& change : changes) {
+    const auto unread = domain.unread.find(change.key);
+    if (unread != domain.unread.end()) unread->second = change.value;
+    domain.unsaved.erase(change.key);
+  }
+  if (domain.writeTrouble && domain.unsaved.empty()) {
+    const std::string file = std::exchange(domain.writeTrouble, std::nullopt)->file;
+    report({StoreTrouble::Kind::Resolved, file, {}});
+  }
+  return *std::move(written);
+}
+
+/// One attempt under the lock: reads the file again where it changed, makes the changes and replaces it. Returns
+/// nothing where a program that takes no lock has changed it meanwhile. Throws where it fails.
+std::optional<WrittenVersion> FilePreferences::tryToStore(Domain& domain, const DomainPlace& place,
+                                                          const DomainLock& lock,
+                                                          const std::vector<PreferenceChange>& changes) {
   // Another process may have written since the last read; the usual answer is no, and takes one call.
   std::optional<FileVersion> replaced = place.version();
   if (!replaced || replaced != domain.version || domain.mayChangeUnseen) {
@@ -235,21 +350,17 @@ void FilePreferences::store(Domain& domain, std::string_view key, const std::opt
     replaced = place.version();
   }
   if (domain.state == Domain::State::Unreadable) throw FileError(domain.trouble.file, domain.trouble.cause);
+  // What was read may lie under the other name of /var, which is not replaced. Any other file was put there since.
+  if (replaced && replaced != domain.version) return std::nullopt;
 
-  // What this write is to change, with what earlier ones could not.
-  std::map<std::string, std::optional<Value>, std::less<>> changes;
-  for (const auto& [unsavedKey, unsaved] : domain.unsaved) {
-    if (unsaved.isStorable && !isSuperseded(domain, unsavedKey, unsaved)) changes[unsavedKey] = unsaved.value;
-  }
-  changes[std::string(key)] = value;
-
+  WrittenVersion written;
   bool losesValue = false;
-  for (const auto& [changedKey, changed] : changes) {
-    const bool isDictionary = changed && changed->is<Dictionary>();
-    const bool wasReadBlind = domain.readBlind.contains(changedKey);
-    if (!isDictionary && !wasReadBlind) continue;
-    const std::optional<Value> former = domain.entries.value(changedKey);
-    if (former && (wasReadBlind || !former->is<Dictionary>())) losesValue = true;
+  for (const PreferenceChange& change : changes) {
+    const std::optional<Value> former = domain.entries.value(change.key);
+    std::optional<Value> value = change.value;
+    if (change.merges) value = mergedValue(change.base, change.value, former, change.precedence);
+    if (value && value->is<Dictionary>() && former && !former->is<Dictionary>()) losesValue = true;
+    written.values.insert_or_assign(change.key, std::move(value));
   }
 
   // From here on `entries` is ahead of the file; where the write fails it is read anew.
@@ -260,34 +371,26 @@ void FilePreferences::store(Domain& domain, std::string_view key, const std::opt
       if (!isDone) domain.version.reset();
     }
   } rollback{domain};
-  for (const auto& [changedKey, changed] : changes) {
-    if (changed) {
-      domain.entries.set(changedKey, *changed);
+  const bool isTorn = domain.state == Domain::State::Recovered || domain.state == Domain::State::Corrupt;
+  const bool wasRecovered = domain.state == Domain::State::Recovered;
+  for (const auto& [key, value] : written.values) {
+    if (value) {
+      domain.entries.set(key, *value);
     } else {
-      domain.entries.remove(changedKey);
+      domain.entries.remove(key);
     }
   }
   const EncodedPropertyList encoded = domain.entries.encode();
+  NextVersion next(place, lock, encoded.bytes());
 
-  // The file may lie under the other name of /var, and is not replaced then.
-  const bool replacesWhatWasRead = replaced && domain.version && replaced->isSameFile(*domain.version);
-  if (replacesWhatWasRead && domain.state == Domain::State::Whole && !domain.isOurs) {
-    // A version of another writer's, to which a power cut must be able to go back. Where it is young, that writer is
-    // just about to flush it.
-    const std::optional<FileVersion> kept = versionAt(place.folder(), place.flushedName(), place.file);
-    if (!kept || (!kept->isSameFile(*replaced) && replaced->age() > kFlushedByNow)) flushLockedDomainFile(place);
-  }
-
-  NextVersion next(place, encoded.bytes());
   std::optional<SafetyCopy> corruptCopy;
   std::optional<SafetyCopy> keptCopy;
   const std::string stem = domain.name + std::string(kExtension);
-  const bool isTorn = domain.state == Domain::State::Recovered || domain.state == Domain::State::Corrupt;
   if (isTorn || losesValue) {
     const std::optional<FileDescriptor> source = root_.openForReading(domain.path);
     if (!source) throw FileError(place.file, "was removed by another program");
     if (isTorn) corruptCopy.emplace(place, stem + ".corrupt", *source, place.name());
-    if (losesValue && domain.state == Domain::State::Recovered) {
+    if (losesValue && wasRecovered) {
       const std::string name = place.flushedName();
       const FileDescriptor recovered(
           retried([&] { return ::openat(place.folder(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC); }));
@@ -297,131 +400,54 @@ void FilePreferences::store(Domain& domain, std::string_view key, const std::opt
       keptCopy.emplace(place, stem + ".kept", *source, place.name());
     }
   }
-  next.commit();
-  if (corruptCopy) corruptCopy->keep();
-  if (keptCopy) keptCopy->keep();
+  if (!next.commit(replaced)) return std::nullopt;
 
-  // The value is in the file for all; what fails from here on is told, but does not undo it.
+  // The value is in the file for all.
   rollback.isDone = true;
+  const StoreTrouble damage = domain.trouble;
+  domain.version.reset();
+  ++domain.generation;
   domain.handle = next.takeHandle();
+  domain.hash = std::hash<std::string_view>()(encoded.bytes());
   domain.state = Domain::State::Whole;
   domain.trouble = {};
-  domain.isOurs = true;
-  domain.mayChangeUnseen = false;
-  std::erase_if(domain.unsaved, [&](const auto& unsaved) { return unsaved.second.isStorable || unsaved.first == key; });
-  for (const auto& [changedKey, changed] : changes) domain.readBlind.erase(changedKey);
-  noteUnflushed(domain);
-  domain.version.reset();
-  domain.version = versionOf(domain.handle.get(), place.file);
+  const auto keep = [&](std::optional<SafetyCopy>& copy, const std::string& cause) {
+    if (!copy) return;
+    copy->keep();
+    report({StoreTrouble::Kind::KeptAside, copy->file().string(), cause});
+  };
+  keep(corruptCopy, damage.cause);
+  keep(keptCopy, "a value that is no dictionary was replaced");
+  const FileVersion version = versionOf(domain.handle.get(), place.file);
+  domain.mayChangeUnseen = version.age() < kFileClockTick;
+  domain.version = version;
+  written.replaced = replaced;
+  written.version = version;
+  written.hash = domain.hash;
+  written.handle = FileDescriptor(::fcntl(domain.handle.get(), F_DUPFD_CLOEXEC, 3));
+  return written;
 }
 
 /// Remembers a value that could not be written.
-void FilePreferences::keepAside(Domain& domain, std::string_view key, const std::optional<Value>& value,
-                                bool isStorable) {
+void FilePreferences::keepAside(Domain& domain, const PreferenceChange& change, bool isStorable) {
   refresh(domain);
-  Unsaved unsaved{value, isStorable, domain.state != Domain::State::Unreadable, std::nullopt};
-  if (unsaved.wasReadable) unsaved.stored = domain.entries.value(key);
-  domain.unsaved.insert_or_assign(std::string(key), std::move(unsaved));
+  const auto [unsaved, isNew] = domain.unsaved.try_emplace(change.key);
+  if (isNew) {
+    const auto unread = domain.unread.find(change.key);
+    unsaved->second.base = change.merges                   ? change.base
+                           : unread != domain.unread.end() ? unread->second
+                                                           : domain.entries.value(change.key);
+  }
+  unsaved->second.value = change.value;
+  unsaved->second.isStorable = isStorable;
 }
 
 void FilePreferences::report(const StoreTrouble& trouble) {
-  if (trouble.kind == StoreTrouble::Kind::Write) {
-    const std::lock_guard guard(mutex_);
-    std::erase_if(writeTroubles_, [&](const StoreTrouble& known) { return known.file == trouble.file; });
-    writeTroubles_.push_back(trouble);
+  if (trouble.kind == StoreTrouble::Kind::Write || trouble.kind == StoreTrouble::Kind::Unreadable) {
+    std::erase_if(troubles_, [&](const StoreTrouble& known) { return known.file == trouble.file; });
+    troubles_.push_back(trouble);
   }
   if (listener_) listener_(trouble);
-}
-
-// Flushing.
-
-void FilePreferences::noteUnflushed(const Domain& domain) {
-  const auto now = std::chrono::steady_clock::now();
-  const std::lock_guard guard(mutex_);
-  const bool wasIdle = isFlusherIdle();
-  Unflushed& unflushed = unflushed_.try_emplace(domain.name, Unflushed{now, now, 0, false}).first->second;
-  if (unflushed.hasFailed) unflushed.firstWrite = now;
-  unflushed.hasFailed = false;
-  unflushed.due = std::min(now + options_.flushDelay, unflushed.firstWrite + 4 * options_.flushDelay);
-  ++unflushed.writes;
-  if (!flusher_.joinable()) {
-    try {
-      flusher_ = std::jthread([this](const std::stop_token& stop) { runFlushes(stop); });
-    } catch (const std::system_error&) {
-      // The system has no thread left. The next write asks again; synchronize and the end flush without one.
-      return;
-    }
-  }
-  // A thread that waits for a time looks up what is due when that time has come.
-  if (wasIdle) wake_.notify_one();
-}
-
-/// Whether there is nothing that the flushing thread is to do by itself. Needs the mutex.
-bool FilePreferences::isFlusherIdle() const {
-  return std::all_of(unflushed_.begin(), unflushed_.end(), [](const auto& entry) { return entry.second.hasFailed; });
-}
-
-/// Flushes a domain on the calling thread, and notes how it went.
-void FilePreferences::flush(const std::string& name, Insistence insistence) {
-  std::uint64_t writes = 0;
-  {
-    const std::lock_guard guard(mutex_);
-    writes = unflushed_[name].writes;
-  }
-  const std::string path = pathOf(name);
-  std::optional<StoreTrouble> trouble;
-  Flush flushed;
-  try {
-    if (auto found = root_.placeForWriting(path)) {
-      const DomainPlace place{*std::move(found), root_.hostPath(path)};
-      if (insistence == Insistence::TryOnce) {
-        flushed = tryToFlushDomainFile(place, options_.lockLimit);
-      } else {
-        flushed.version = flushDomainFile(place, options_.lockLimit);
-      }
-    }
-  } catch (const FileError& error) {
-    trouble = {StoreTrouble::Kind::Write, error.file(), error.cause()};
-  }
-  {
-    const std::lock_guard guard(mutex_);
-    if (flushed.version) flushed_[name] = *flushed.version;
-    const auto unflushed = unflushed_.find(name);
-    if (unflushed != unflushed_.end() && flushed.wasReplaced) {
-      // Holding the writers up until the device has taken it would hold the panel up.
-      unflushed->second.firstWrite = std::chrono::steady_clock::now();
-      unflushed->second.due = unflushed->second.firstWrite + options_.flushDelay;
-    } else if (unflushed != unflushed_.end() && unflushed->second.writes == writes) {
-      if (trouble) {
-        unflushed->second.hasFailed = true;
-      } else {
-        unflushed_.erase(unflushed);
-      }
-    }
-  }
-  if (trouble) report(*trouble);
-}
-
-void FilePreferences::runFlushes(const std::stop_token& stop) {
-  std::unique_lock guard(mutex_);
-  while (!stop.stop_requested()) {
-    std::map<std::string, Unflushed>::const_iterator next = unflushed_.end();
-    for (auto entry = unflushed_.cbegin(); entry != unflushed_.cend(); ++entry) {
-      if (entry->second.hasFailed) continue;
-      if (next == unflushed_.end() || entry->second.due < next->second.due) next = entry;
-    }
-    if (next == unflushed_.end()) {
-      wake_.wait(guard, stop, [this] { return !isFlusherIdle(); });
-    } else if (const auto due = next->second.due; due > std::chrono::steady_clock::now()) {
-      // A later write may move it; what is due is looked up again then.
-      wake_.wait_until(guard, stop, due, [] { return false; });
-    } else {
-      const std::string name = next->first;
-      guard.unlock();
-      flush(name, Insistence::TryOnce);
-      guard.lock();
-    }
-  }
 }
 
 }  // namespace quellar::host::linux

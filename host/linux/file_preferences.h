@@ -2,35 +2,39 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include "host/linux/device_root.h"
+#include "host/linux/dictionary_merge.h"
 #include "host/linux/domain_file.h"
 #include "host/linux/property_list_file.h"
 #include "platform/ports.h"
 
 namespace quellar::host::linux {
 
-/// Something that went wrong with a domain's file.
+/// Something that went wrong with a domain's file, or is right again.
 struct StoreTrouble {
   enum class Kind {
-    /// The file can't be read: it is corrupt and reads as empty, or it can't be opened.
-    Read,
-    /// The last complete version is read, because the file was left torn.
+    /// The file is no property list that a domain can have; it reads as empty.
+    Corrupt,
+    /// The file can't be read. What it holds is not known, and is not written over.
+    Unreadable,
+    /// The version that a former release kept is read, because the file is torn.
     Recovered,
-    /// A value could not be written, or could not be flushed to the storage device.
+    /// A value could not be written to the storage device.
     Write,
+    /// A copy of a damaged file, or of one whose values were replaced, was kept: `file` is the copy.
+    KeptAside,
+    /// All that could not be written before is written now.
+    Resolved,
   };
-  Kind kind = Kind::Read;
+  Kind kind = Kind::Corrupt;
   /// The file in the host's file system.
   std::string file;
   /// Why, in words for the user.
@@ -40,25 +44,46 @@ struct StoreTrouble {
 };
 
 struct FilePreferencesOptions {
-  /// How long a write waits for another writer.
+  /// How long a write waits where no writer ahead of it gets on.
   std::chrono::milliseconds lockLimit{5000};
-  /// How long after the last write the domain is flushed to the storage device. While writes go on it is flushed
-  /// after four times as long, unless they come faster than the device takes one.
-  std::chrono::milliseconds flushDelay{500};
+};
+
+/// A value for one key of a domain.
+struct PreferenceChange {
+  std::string key;
+  /// Nothing removes the key.
+  std::optional<platform::Value> value;
+  /// Whether it is a change of `base`: what other programs changed since is kept. Else it replaces what is stored.
+  bool merges = false;
+  std::optional<platform::Value> base = std::nullopt;
+  /// Where another program changed the same.
+  Precedence precedence = Precedence::Ours;
+};
+
+/// What a write has put in place of what.
+struct WrittenVersion {
+  std::optional<FileVersion> replaced;
+  FileVersion version;
+  /// Holds the new file open, so that its version stays its own.
+  FileDescriptor handle;
+  std::size_t hash = 0;
+  /// The changed keys, with what they hold now.
+  std::map<std::string, std::optional<platform::Value>, std::less<>> values;
 };
 
 /// The preferences store: one property-list file a domain, /var/mobile/Library/Preferences/<domain>.plist in the
 /// device root, shared with other processes.
 ///
-/// Every read sees what any process wrote before it. A write replaces one key of what the file then holds. What can't
-/// be written stays in memory, is read by this process, and goes out with the domain's next write that succeeds, unless
-/// another process changed the key meanwhile.
+/// Every read sees what any process wrote before it. A write replaces one key of what the file then holds, and returns
+/// once the file is on the storage device. What can't be written stays in memory, is read by this process, and is
+/// written again with the domain's next write, by retryUnsaved(), and at the end; what another process changed
+/// meanwhile stays as it is then. A key whose last read failed is never written over: only the entries that changed
+/// here are.
 ///
-/// All calls come from one thread. Flushing has a thread of its own, which runs from the first write on; what is
-/// not flushed when the store is destroyed is flushed then.
+/// All calls come from one thread.
 class FilePreferences final : public platform::Preferences {
  public:
-  /// Is told of each trouble as it arises; of a failed flush on the flushing thread, and of all others on the caller's.
+  /// Is told of each trouble as it arises.
   using TroubleListener = std::function<void(const StoreTrouble&)>;
 
   explicit FilePreferences(DeviceRoot root, TroubleListener listener = {}, FilePreferencesOptions options = {});
@@ -67,14 +92,40 @@ class FilePreferences final : public platform::Preferences {
   FilePreferences& operator=(const FilePreferences&) = delete;
 
   [[nodiscard]] std::optional<platform::Value> copyAppValue(std::string_view key, std::string_view domain) override;
+  [[nodiscard]] bool wasRead(std::string_view domain) const override;
   void setAppValue(std::string_view key, const std::optional<platform::Value>& value, std::string_view domain) override;
   void appSynchronize(std::string_view domain) override;
+
+  /// Makes several changes by one write. Returns what was written; nothing where the write failed.
+  std::optional<WrittenVersion> write(std::string_view domain, const std::vector<PreferenceChange>& changes);
+  /// Takes over what another store of this process has just written, without reading the file.
+  void adopt(std::string_view domain, const WrittenVersion& written);
+
+  /// Holds a domain's lock from now on until the domain's next write has replaced the file, or to its own end. What is
+  /// read meanwhile is what that write replaces. Throws a FileError where the lock can't be taken.
+  class Transaction {
+   public:
+    Transaction(FilePreferences& preferences, std::string_view domain);
+    ~Transaction() { preferences_.transaction_.reset(); }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+   private:
+    FilePreferences& preferences_;
+  };
+  /// A number that differs whenever the domain holds something else than before. Reads the domain.
+  [[nodiscard]] std::uint64_t generation(std::string_view domain);
+
+  /// Whether a value waits to be written again.
+  [[nodiscard]] bool hasUnsaved() const;
+  /// Writes again what could not be written; returns whether all is written now.
+  bool retryUnsaved();
 
   /// Why the domain can't be read now, or nothing.
   [[nodiscard]] std::optional<StoreTrouble> readTrouble(std::string_view domain);
 
-  /// The troubles with writing since the last call, the latest of each file.
-  [[nodiscard]] std::vector<StoreTrouble> takeWriteTroubles();
+  /// The troubles of the kinds Write and Unreadable since the last call, the latest of each file.
+  [[nodiscard]] std::vector<StoreTrouble> takeTroubles();
 
  private:
   /// A value that is not in the file because its write failed.
@@ -82,9 +133,8 @@ class FilePreferences final : public platform::Preferences {
     std::optional<platform::Value> value;
     /// False for one that no file can hold; it is not written again.
     bool isStorable = true;
-    /// What the file held under the key then, where it could be read.
-    bool wasReadable = false;
-    std::optional<platform::Value> stored;
+    /// What the value is a change of.
+    std::optional<platform::Value> base;
   };
 
   struct Domain {
@@ -96,28 +146,29 @@ class FilePreferences final : public platform::Preferences {
     /// Why, where the state is Corrupt or Unreadable, or before it was Recovered.
     StoreTrouble trouble;
     PropertyListDictionary entries;
+    std::uint64_t generation = 0;
 
     /// The file that `entries` was made from, held open so that its version stays its own.
     FileDescriptor handle;
     std::optional<FileVersion> version;
+    /// Of the bytes of that file.
+    std::size_t hash = 0;
     /// The file was so new when it was read that a change after it may bear the same time.
     bool mayChangeUnseen = false;
-    /// This store wrote the version, and sees to its flush.
-    bool isOurs = false;
+    /// What dead writers and former releases left was looked for.
     bool isCleaned = false;
+    bool hasDroppedFlushed = false;
 
     std::map<std::string, Unsaved, std::less<>> unsaved;
-    /// Keys that were read as empty while the file could not be opened.
-    std::set<std::string, std::less<>> readBlind;
+    [[nodiscard]] bool hasUnsaved() const;
+    /// The last write trouble that was reported and is not resolved.
+    std::optional<StoreTrouble> writeTrouble;
+    /// Keys whose last read failed, with what was known of them.
+    std::map<std::string, std::optional<platform::Value>, std::less<>> unread;
   };
-
-  /// A domain with writes that are not flushed.
-  struct Unflushed {
-    std::chrono::steady_clock::time_point firstWrite;
-    std::chrono::steady_clock::time_point due;
-    std::uint64_t writes = 0;
-    /// The flush failed; it is tried again with the next write, synchronize or at the end.
-    bool hasFailed = false;
+  struct HeldLock {
+    std::string domain;
+    DomainLock lock;
   };
 
   Domain& domainNamed(std::string_view name);
@@ -127,31 +178,22 @@ class FilePreferences final : public platform::Preferences {
   void load(Domain& domain, FileDescriptor opened);
   [[nodiscard]] bool recover(Domain& domain);
   void become(Domain& domain, Domain::State state, const std::string& file, const std::string& cause);
-  [[nodiscard]] bool isOnlyRelabelled(const Domain& domain, const FileVersion& now);
-  [[nodiscard]] static bool isSuperseded(const Domain& domain, std::string_view key, const Unsaved& unsaved);
 
-  void store(Domain& domain, std::string_view key, const std::optional<platform::Value>& value);
-  void keepAside(Domain& domain, std::string_view key, const std::optional<platform::Value>& value, bool isStorable);
+  [[nodiscard]] std::vector<PreferenceChange> withUnsaved(const Domain& domain,
+                                                          const std::vector<PreferenceChange>& changes) const;
+  WrittenVersion store(Domain& domain, const std::vector<PreferenceChange>& changes);
+  [[nodiscard]] std::optional<WrittenVersion> tryToStore(Domain& domain, const DomainPlace& place,
+                                                         const DomainLock& lock,
+                                                         const std::vector<PreferenceChange>& changes);
+  void keepAside(Domain& domain, const PreferenceChange& change, bool isStorable);
   void report(const StoreTrouble& trouble);
-
-  void noteUnflushed(const Domain& domain);
-  [[nodiscard]] bool isFlusherIdle() const;
-  enum class Insistence { TryOnce, UntilDone };
-  void flush(const std::string& name, Insistence insistence);
-  void runFlushes(const std::stop_token& stop);
 
   const DeviceRoot root_;
   const TroubleListener listener_;
   const FilePreferencesOptions options_;
   std::map<std::string, Domain, std::less<>> domains_;
-
-  /// Guards all below, which the flushing thread shares.
-  std::mutex mutex_;
-  std::condition_variable_any wake_;
-  std::map<std::string, Unflushed> unflushed_;
-  std::map<std::string, FlushedVersion> flushed_;
-  std::vector<StoreTrouble> writeTroubles_;
-  std::jthread flusher_;
+  std::optional<HeldLock> transaction_;
+  std::vector<StoreTrouble> troubles_;
 };
 
 }  // namespace quellar::host::linux

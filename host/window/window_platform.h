@@ -45,6 +45,7 @@ class ThrowawayPreferences final : public platform::Preferences {
   explicit ThrowawayPreferences(platform::Preferences& beneath) : beneath_(beneath) {}
 
   [[nodiscard]] std::optional<platform::Value> copyAppValue(std::string_view key, std::string_view domain) override;
+  [[nodiscard]] bool wasRead(std::string_view domain) const override { return beneath_.wasRead(domain); }
   void setAppValue(std::string_view key, const std::optional<platform::Value>& value, std::string_view domain) override;
   void appSynchronize(std::string_view /*domain*/) override {}
   /// Forgets all that was set.

@@ -20,6 +20,7 @@ struct TwoFilePreferencesMaker {
     std::optional<platform::Value> copyAppValue(std::string_view key, std::string_view domain) override {
       return reader_.copyAppValue(key, domain);
     }
+    [[nodiscard]] bool wasRead(std::string_view domain) const override { return reader_.wasRead(domain); }
     void setAppValue(std::string_view key, const std::optional<platform::Value>& value,
                      std::string_view domain) override {
       writer_.setAppValue(key, value, domain);

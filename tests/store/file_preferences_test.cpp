@@ -8,11 +8,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <functional>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <ostream>
 #include <random>
 #include <thread>
@@ -22,7 +24,7 @@
 namespace quellar::host::linux {
 
 void PrintTo(const StoreTrouble& trouble, std::ostream* stream) {
-  static constexpr const char* kKinds[] = {"read", "recovered", "write"};
+  static constexpr const char* kKinds[] = {"corrupt", "unreadable", "recovered", "write", "kept aside", "resolved"};
   *stream << kKinds[static_cast<int>(trouble.kind)] << " trouble with " << trouble.file << ": " << trouble.cause;
 }
 
@@ -45,9 +47,6 @@ namespace fs = std::filesystem;
 constexpr const char* kDomain = "com.vantorick.quellar2";
 constexpr const char* kFile = "com.vantorick.quellar2.plist";
 
-/// No flush but by synchronize and at the end.
-constexpr FilePreferencesOptions kNoTimedFlush{.lockLimit = 5s, .flushDelay = 1h};
-
 std::string xmlPlist(const std::string& body) {
   return "<plist version=\"1.0\"><dict>" + body + "</dict></plist>";
 }
@@ -60,17 +59,23 @@ class FilePreferencesTest : public testing::Test {
   [[nodiscard]] fs::path beside(const std::string& extension) const { return file().string() + extension; }
 
   /// A store as one more process has it; its troubles are collected.
-  [[nodiscard]] std::unique_ptr<FilePreferences> newStore(FilePreferencesOptions options = kNoTimedFlush) {
+  [[nodiscard]] std::unique_ptr<FilePreferences> newStore(FilePreferencesOptions options = {}) {
     return std::make_unique<FilePreferences>(
         DeviceRoot(rootFolder()), [this](const StoreTrouble& trouble) { troubles_.push_back(trouble); }, options);
   }
+
+  /// What the holder of the lock calls the next version.
+  [[nodiscard]] fs::path temporaryFile() const { return beside(".tmp-" + std::to_string(inodeOf(beside(".lock")))); }
 
   [[nodiscard]] Value stored() const { return parsePropertyList(readFile(file())); }
   [[nodiscard]] StoreTrouble writeTrouble(const std::string& cause) const {
     return {StoreTrouble::Kind::Write, file().string(), cause};
   }
-  [[nodiscard]] StoreTrouble readTrouble(const std::string& cause) const {
-    return {StoreTrouble::Kind::Read, file().string(), cause};
+  [[nodiscard]] StoreTrouble corruptTrouble(const std::string& cause) const {
+    return {StoreTrouble::Kind::Corrupt, file().string(), cause};
+  }
+  [[nodiscard]] StoreTrouble unreadableTrouble(const std::string& cause) const {
+    return {StoreTrouble::Kind::Unreadable, file().string(), cause};
   }
 
   TemporaryFolder folder_;
@@ -145,7 +150,7 @@ TEST_F(FilePreferencesTest, MakesFilesAndFoldersForTheirOwnerAloneWhateverTheUma
     const fs::path root = folder_.path() / std::to_string(umask);
     const mode_t former = ::umask(umask);
     {
-      FilePreferences store{DeviceRoot(root), {}, kNoTimedFlush};
+      FilePreferences store{DeviceRoot(root), {}};
       store.setAppValue("key", Value(1), kDomain);
       store.appSynchronize(kDomain);
     }
@@ -155,7 +160,7 @@ TEST_F(FilePreferencesTest, MakesFilesAndFoldersForTheirOwnerAloneWhateverTheUma
       EXPECT_EQ(modeOf(root / made), 0700U) << made;
     }
     const fs::path made = root / "var/mobile/Library/Preferences";
-    for (const char* extension : {"", ".lock", ".flushed"}) {
+    for (const char* extension : {"", ".lock"}) {
       EXPECT_EQ(modeOf((made / kFile).string() + extension), 0600U) << extension;
     }
   }
@@ -186,7 +191,7 @@ TEST_F(FilePreferencesTest, RefusesDomainNamesThatAreNoFileNames) {
     store->setAppValue("key", Value(1), name);
     ASSERT_FALSE(troubles_.empty()) << name;
     EXPECT_EQ(troubles_.back().cause, "no domain can have this name") << name;
-    EXPECT_EQ(store->takeWriteTroubles().size(), 1U) << name;
+    EXPECT_EQ(store->takeTroubles().size(), 1U) << name;
     ASSERT_TRUE(store->readTrouble(name)) << name;
     EXPECT_EQ(store->readTrouble(name)->cause, "no domain can have this name") << name;
     EXPECT_EQ(store->copyAppValue("key", name), Value(1)) << name;
@@ -244,13 +249,13 @@ TEST_F(FilePreferencesTest, LosesNoKeyWhenManyProcessesWriteAtOnce) {
     if (child == 0) {
       bool isRight = true;
       {
-        FilePreferences store{DeviceRoot(rootFolder()), {}, {.lockLimit = 60s, .flushDelay = 5ms}};
+        FilePreferences store{DeviceRoot(rootFolder()), {}, {.lockLimit = 60s}};
         const std::string key = "key" + std::to_string(process);
         for (int write = 1; write <= kWrites; ++write) {
           store.setAppValue(key, Value(write), kDomain);
           isRight = isRight && store.copyAppValue(key, kDomain) == Value(write);
         }
-        isRight = isRight && store.takeWriteTroubles().empty();
+        isRight = isRight && store.takeTroubles().empty();
       }
       ::_exit(isRight ? 0 : 1);
     }
@@ -264,8 +269,7 @@ TEST_F(FilePreferencesTest, LosesNoKeyWhenManyProcessesWriteAtOnce) {
   Dictionary expected;
   for (int process = 0; process < kProcesses; ++process) expected["key" + std::to_string(process)] = kWrites;
   EXPECT_EQ(stored(), Value(expected));
-  EXPECT_EQ(namesIn(preferences()),
-            (std::vector<std::string>{kFile, std::string(kFile) + ".flushed", std::string(kFile) + ".lock"}));
+  EXPECT_EQ(namesIn(preferences()), (std::vector<std::string>{kFile, std::string(kFile) + ".lock"}));
 }
 
 TEST_F(FilePreferencesTest, LeavesAWholeFileAndNothingTemporaryWhenAWriterIsKilled) {
@@ -275,14 +279,14 @@ TEST_F(FilePreferencesTest, LeavesAWholeFileAndNothingTemporaryWhenAWriterIsKill
   for (int death = 0; death < 60; ++death) {
     const pid_t child = ::fork();
     if (child == 0) {
-      FilePreferences store{DeviceRoot(rootFolder()), {}, {.lockLimit = 5s, .flushDelay = 1ms}};
+      FilePreferences store{DeviceRoot(rootFolder()), {}, {.lockLimit = 5s}};
       for (std::int64_t write = last + 1;; ++write) store.setAppValue("count", Value(write), kDomain);
     }
     std::this_thread::sleep_for(std::chrono::microseconds(random() % 8000));
     ASSERT_EQ(::kill(child, SIGKILL), 0);
     ASSERT_EQ(::waitpid(child, nullptr, 0), child);
 
-    const auto next = newStore({.lockLimit = 0s, .flushDelay = 1h});
+    const auto next = newStore({.lockLimit = 0s});
     const Value count = next->copyAppValue("count", kDomain).value_or(0);
     EXPECT_EQ(next->copyAppValue("kept", kDomain), Value("untouched"));
     EXPECT_FALSE(fs::exists(beside(".tmp")));
@@ -307,10 +311,10 @@ TEST_F(FilePreferencesTest, RemovesWhatADeadWriterLeftAtTheFirstRead) {
 TEST_F(FilePreferencesTest, WritesOverWhatADeadWriterLeftSince) {
   const auto store = newStore();
   store->setAppValue("a", Value(1), kDomain);
-  writeFile(beside(".tmp"), "half");
+  writeFile(temporaryFile(), "half");
   store->setAppValue("b", Value(2), kDomain);
   EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}}));
-  EXPECT_FALSE(fs::exists(beside(".tmp")));
+  EXPECT_FALSE(fs::exists(temporaryFile()));
 }
 
 TEST_F(FilePreferencesTest, LeavesTheTemporaryFileOfALivingWriterAlone) {
@@ -328,7 +332,7 @@ TEST_F(FilePreferencesTest, SaysSoWhenTheLockIsHeldForTooLong) {
   newStore()->setAppValue("a", Value(1), kDomain);
   const int lock = ::open(beside(".lock").c_str(), O_RDONLY | O_CLOEXEC);
   ASSERT_EQ(::flock(lock, LOCK_EX), 0);
-  const auto store = newStore({.lockLimit = 100ms, .flushDelay = 1h});
+  const auto store = newStore({.lockLimit = 100ms});
   const auto start = std::chrono::steady_clock::now();
   store->setAppValue("b", Value(2), kDomain);
   const auto took = std::chrono::steady_clock::now() - start;
@@ -373,7 +377,7 @@ TEST_F(FilePreferencesTest, GetsOverALockHolderThatWasKilled) {
   ASSERT_EQ(::read(ready[0], &byte, 1), 1);
   ASSERT_EQ(::kill(child, SIGKILL), 0);
   ASSERT_EQ(::waitpid(child, nullptr, 0), child);
-  newStore({.lockLimit = 0s, .flushDelay = 1h})->setAppValue("b", Value(2), kDomain);
+  newStore({.lockLimit = 0s})->setAppValue("b", Value(2), kDomain);
   EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}}));
   ::close(ready[0]);
   ::close(ready[1]);
@@ -423,9 +427,9 @@ TEST_P(CorruptDomain, ReadsAsEmptySaysSoAndStaysWhereItIs) {
   writeFile(file(), GetParam().bytes);
   const auto store = newStore();
   EXPECT_EQ(store->copyAppValue("a", kDomain), std::nullopt);
-  EXPECT_EQ(store->readTrouble(kDomain), readTrouble(GetParam().cause));
+  EXPECT_EQ(store->readTrouble(kDomain), corruptTrouble(GetParam().cause));
   EXPECT_EQ(store->copyAppValue("key", kDomain), std::nullopt);
-  EXPECT_EQ(troubles_, std::vector<StoreTrouble>{readTrouble(GetParam().cause)});
+  EXPECT_EQ(troubles_, std::vector<StoreTrouble>{corruptTrouble(GetParam().cause)});
   EXPECT_EQ(namesIn(preferences()), std::vector<std::string>{kFile});
   EXPECT_EQ(readFile(file()), GetParam().bytes);
 }
@@ -437,20 +441,21 @@ TEST_P(CorruptDomain, IsSetAsideByTheFirstWrite) {
   EXPECT_EQ(stored(), Value(Dictionary{{"key", 1}}));
   EXPECT_EQ(readFile(beside(".corrupt-1")), GetParam().bytes);
   EXPECT_EQ(store->readTrouble(kDomain), std::nullopt);
-  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{});
+  EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{});
   store->setAppValue("key", Value(2), kDomain);
   EXPECT_EQ(namesIn(preferences()),
             (std::vector<std::string>{kFile, std::string(kFile) + ".corrupt-1", std::string(kFile) + ".lock"}));
 }
 
-TEST_F(FilePreferencesTest, SetsACorruptFileAsideUnderTheFirstFreeNumber) {
+TEST_F(FilePreferencesTest, SetsACorruptFileAsideUnderANumberHigherThanAllOthers) {
   writeFile(beside(".corrupt-1"), "an old one");
   writeFile(beside(".corrupt-3"), "another");
   writeFile(file(), "garbage");
   newStore()->setAppValue("key", Value(1), kDomain);
   EXPECT_EQ(readFile(beside(".corrupt-1")), "an old one");
-  EXPECT_EQ(readFile(beside(".corrupt-2")), "garbage");
   EXPECT_EQ(readFile(beside(".corrupt-3")), "another");
+  EXPECT_EQ(readFile(beside(".corrupt-4")), "garbage");
+  EXPECT_FALSE(fs::exists(beside(".corrupt-2")));
 }
 
 TEST_F(FilePreferencesTest, CopiesTheFileBeforeADictionaryTakesThePlaceOfAnotherValue) {
@@ -481,9 +486,9 @@ TEST_F(FilePreferencesTest, NeverReplacesWhatIsNoRegularFile) {
   fs::create_directories(file());
   const auto store = newStore();
   EXPECT_EQ(store->copyAppValue("key", kDomain), std::nullopt);
-  EXPECT_EQ(store->readTrouble(kDomain), readTrouble("is not a regular file"));
+  EXPECT_EQ(store->readTrouble(kDomain), unreadableTrouble("is not a regular file"));
   store->setAppValue("key", Value(1), kDomain);
-  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{writeTrouble("is not a regular file")});
+  EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{writeTrouble("is not a regular file")});
   EXPECT_TRUE(fs::is_directory(file()));
   EXPECT_EQ(namesIn(preferences()), (std::vector<std::string>{kFile, std::string(kFile) + ".lock"}));
   EXPECT_EQ(store->copyAppValue("key", kDomain), Value(1));
@@ -493,9 +498,9 @@ TEST_F(FilePreferencesTest, DoesNotHangOnAPipe) {
   fs::create_directories(preferences());
   ASSERT_EQ(::mkfifo(file().c_str(), 0600), 0);
   const auto store = newStore();
-  EXPECT_EQ(store->readTrouble(kDomain), readTrouble("is not a regular file"));
+  EXPECT_EQ(store->readTrouble(kDomain), unreadableTrouble("is not a regular file"));
   store->setAppValue("key", Value(1), kDomain);
-  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{writeTrouble("is not a regular file")});
+  EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{writeTrouble("is not a regular file")});
 }
 
 TEST_F(FilePreferencesTest, NeverReplacesAFileThatItMayNotRead) {
@@ -504,41 +509,47 @@ TEST_F(FilePreferencesTest, NeverReplacesAFileThatItMayNotRead) {
   fs::permissions(file(), fs::perms::none);
   const ino_t inode = inodeOf(file());
   const auto store = newStore();
-  EXPECT_EQ(store->readTrouble(kDomain), readTrouble("Permission denied"));
+  EXPECT_EQ(store->readTrouble(kDomain), unreadableTrouble("Permission denied"));
   store->setAppValue("b", Value(2), kDomain);
-  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{writeTrouble("Permission denied")});
+  EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{writeTrouble("Permission denied")});
   EXPECT_EQ(inodeOf(file()), inode);
   // Once it can be read again, the next write brings both.
   fs::permissions(file(), fs::perms::owner_read);
   store->setAppValue("c", Value(3), kDomain);
   EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}, {"c", 3}}));
-  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{});
+  EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{});
 }
 
-TEST_F(FilePreferencesTest, KeepsAValueThatWasReadAsEmptyOnlyForWantOfAccess) {
+TEST_F(FilePreferencesTest, NeverWritesOverAValueThatCouldNotBeRead) {
   const ScopedUnprivileged unprivileged(folder_.path());
-  const std::string former = plist({{"Dock_Defaults", Dictionary{{"a", 1}, {"b", 2}}}});
-  writeFile(file(), former);
+  writeFile(file(), plist({{"Dock_Defaults", Dictionary{{"a", 1}, {"b", 2}}}}));
   fs::permissions(file(), fs::perms::none);
   const auto store = newStore();
   EXPECT_EQ(store->copyAppValue("Dock_Defaults", kDomain), std::nullopt);
+  EXPECT_FALSE(store->wasRead(kDomain));
   fs::permissions(file(), fs::perms::owner_read);
   // The page began with an empty dictionary and now writes it whole.
   store->setAppValue("Dock_Defaults", Value(Dictionary{{"c", 3}}), kDomain);
-  EXPECT_EQ(stored(), Value(Dictionary{{"Dock_Defaults", Dictionary{{"c", 3}}}}));
-  EXPECT_EQ(readFile(beside(".kept-1")), former);
+  EXPECT_EQ(stored(), Value(Dictionary{{"Dock_Defaults", Dictionary{{"a", 1}, {"b", 2}, {"c", 3}}}}));
+  store->setAppValue("Dock_Defaults", Value(Dictionary{{"c", 4}}), kDomain);
+  EXPECT_EQ(stored(), Value(Dictionary{{"Dock_Defaults", Dictionary{{"a", 1}, {"b", 2}, {"c", 4}}}}));
+  // Once it has read the value, it is the page's to replace.
+  EXPECT_TRUE(store->copyAppValue("Dock_Defaults", kDomain));
+  EXPECT_TRUE(store->wasRead(kDomain));
+  store->setAppValue("Dock_Defaults", Value(Dictionary{{"d", 5}}), kDomain);
+  EXPECT_EQ(stored(), Value(Dictionary{{"Dock_Defaults", Dictionary{{"d", 5}}}}));
 }
 
 TEST_F(FilePreferencesTest, DoesNotTakeATornDomainForEmptyWhereTheKeptVersionCannotBeOpened) {
   const ScopedUnprivileged unprivileged(folder_.path());
-  newStore()->setAppValue("a", Value(1), kDomain);
-  replaceFile(file(), "torn");
+  writeFile(file(), "torn");
+  writeFile(beside(".flushed"), plist({{"a", 1}}));
   fs::permissions(beside(".flushed"), fs::perms::none);
   const std::string cause = "can't open com.vantorick.quellar2.plist.flushed: Permission denied";
   const auto store = newStore();
-  EXPECT_EQ(store->readTrouble(kDomain), readTrouble(cause));
+  EXPECT_EQ(store->readTrouble(kDomain), unreadableTrouble(cause));
   store->setAppValue("b", Value(2), kDomain);
-  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{writeTrouble(cause)});
+  EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{writeTrouble(cause)});
   EXPECT_EQ(readFile(file()), "torn");
   EXPECT_FALSE(fs::exists(beside(".corrupt-1")));
   // Once it can be opened again, nothing is lost.
@@ -554,9 +565,8 @@ TEST_F(FilePreferencesTest, TellsOfAFolderThatItMayNotWriteTo) {
   const std::string before = readFile(file());
   const auto store = newStore();
   store->setAppValue("b", Value(2), kDomain);
-  EXPECT_EQ(
-      store->takeWriteTroubles(),
-      std::vector<StoreTrouble>{writeTrouble("can't create com.vantorick.quellar2.plist.tmp: Permission denied")});
+  EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{writeTrouble(
+                                       "can't create " + temporaryFile().filename().string() + ": Permission denied")});
   EXPECT_EQ(readFile(file()), before);
   fs::permissions(preferences(), fs::perms(0700));
 }
@@ -564,10 +574,11 @@ TEST_F(FilePreferencesTest, TellsOfAFolderThatItMayNotWriteTo) {
 TEST_F(FilePreferencesTest, TellsOfAFileInThePlaceOfTheFolder) {
   writeFile(preferences(), "no folder");
   const auto store = newStore();
-  EXPECT_EQ(store->readTrouble(kDomain), readTrouble("Not a directory"));
+  EXPECT_EQ(store->readTrouble(kDomain), unreadableTrouble("Not a directory"));
   store->setAppValue("key", Value(1), kDomain);
-  const std::vector<StoreTrouble> expected = {{StoreTrouble::Kind::Write, preferences().string(), "Not a directory"}};
-  EXPECT_EQ(store->takeWriteTroubles(), expected);
+  const std::vector<StoreTrouble> expected = {unreadableTrouble("Not a directory"),
+                                              {StoreTrouble::Kind::Write, preferences().string(), "Not a directory"}};
+  EXPECT_EQ(store->takeTroubles(), expected);
   EXPECT_EQ(readFile(preferences()), "no folder");
 }
 
@@ -579,11 +590,10 @@ TEST_F(FilePreferencesTest, LeavesTheFileAndNothingTemporaryWhenTheDiskIsFull) {
     const ScopedFileLimit limit(before.size());
     store->setAppValue("long", Value(std::string(5000, 'x')), kDomain);
   }
-  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{writeTrouble("File too large")});
-  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{});
+  EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{writeTrouble("File too large")});
+  EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{});
   EXPECT_EQ(readFile(file()), before);
-  EXPECT_EQ(namesIn(preferences()),
-            (std::vector<std::string>{kFile, std::string(kFile) + ".flushed", std::string(kFile) + ".lock"}));
+  EXPECT_EQ(namesIn(preferences()), (std::vector<std::string>{kFile, std::string(kFile) + ".lock"}));
 }
 
 TEST_F(FilePreferencesTest, LeavesNothingBehindWhenTheFileCannotBeReplaced) {
@@ -594,7 +604,7 @@ TEST_F(FilePreferencesTest, LeavesNothingBehindWhenTheFileCannotBeReplaced) {
   const ScopedUnprivileged unprivileged(folder_.path());
   const auto store = newStore();
   store->setAppValue("a", Value(1), kDomain);
-  EXPECT_EQ(store->takeWriteTroubles(),
+  EXPECT_EQ(store->takeTroubles(),
             std::vector<StoreTrouble>{writeTrouble("can't replace it: Operation not permitted")});
   EXPECT_EQ(readFile(file()), "garbage");
   EXPECT_EQ(namesIn(preferences()), (std::vector<std::string>{kFile, std::string(kFile) + ".lock"}));
@@ -609,7 +619,7 @@ TEST_F(FilePreferencesTest, LeavesNothingBehindWhenTheCopyOfACorruptFileFails) {
     const ScopedFileLimit limit(1000);
     store->setAppValue("a", Value(1), kDomain);
   }
-  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{writeTrouble("File too large")});
+  EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{writeTrouble("File too large")});
   EXPECT_EQ(namesIn(preferences()), std::vector<std::string>{std::string(kFile) + ".lock"});
   EXPECT_EQ(readFile(other), std::string(5000, 'x'));
 }
@@ -658,12 +668,12 @@ TEST_F(FilePreferencesTest, KeepsAValueThatNoFileCanHoldToItself) {
   const auto store = newStore();
   store->setAppValue("a", Value(1), kDomain);
   store->setAppValue("bad", Value(std::numeric_limits<double>::infinity()), kDomain);
-  EXPECT_EQ(store->takeWriteTroubles(),
+  EXPECT_EQ(store->takeTroubles(),
             std::vector<StoreTrouble>{writeTrouble("the value of bad can't be stored: a number is not finite")});
   EXPECT_EQ(store->copyAppValue("bad", kDomain), Value(std::numeric_limits<double>::infinity()));
   store->setAppValue("b", Value(2), kDomain);
   EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}}));
-  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{});
+  EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{});
   EXPECT_EQ(store->copyAppValue("bad", kDomain), Value(std::numeric_limits<double>::infinity()));
   store->setAppValue("bad", Value(0.5), kDomain);
   EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}, {"bad", 0.5}}));
@@ -674,7 +684,7 @@ TEST_F(FilePreferencesTest, RefusesAValueThatMakesTheFileTooLarge) {
   const auto store = newStore();
   store->setAppValue("a", Value(1), kDomain);
   store->setAppValue("large", Value(std::string(std::size_t{16} << 20, 'x')), kDomain);
-  EXPECT_EQ(store->takeWriteTroubles(),
+  EXPECT_EQ(store->takeTroubles(),
             std::vector<StoreTrouble>{writeTrouble("the value of large can't be stored: larger than 16 MiB")});
   store->setAppValue("b", Value(2), kDomain);
   EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}}));
@@ -722,10 +732,10 @@ TEST_F(FilePreferencesTest, RefusesALinkThatLeadsOutOfTheRoot) {
     fs::remove(file());
     fs::create_symlink(target, file());
     const auto store = newStore();
-    EXPECT_EQ(store->readTrouble(kDomain), readTrouble("leads out of the device root"));
+    EXPECT_EQ(store->readTrouble(kDomain), unreadableTrouble("leads out of the device root"));
     EXPECT_EQ(store->copyAppValue("a", kDomain), std::nullopt);
     store->setAppValue("a", Value(2), kDomain);
-    EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{writeTrouble("leads out of the device root")});
+    EXPECT_EQ(store->takeTroubles(), std::vector<StoreTrouble>{writeTrouble("leads out of the device root")});
     EXPECT_EQ(fs::read_symlink(file()), target);
   }
   EXPECT_EQ(readFile(outside), bytes);
@@ -737,14 +747,15 @@ TEST_F(FilePreferencesTest, RefusesALinkInThePlaceOfItsOwnFiles) {
   const fs::path outside = folder_.path() / "outside";
   writeFile(outside, "untouched");
   fs::create_directories(preferences());
-  fs::create_symlink(outside, beside(".tmp"));
+  writeFile(beside(".lock"), "");
+  fs::create_symlink(outside, temporaryFile());
   const auto store = newStore();
   store->setAppValue("a", Value(1), kDomain);
   EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}}));
   fs::remove(beside(".lock"));
   fs::create_symlink(folder_.path() / "new", beside(".lock"));
   store->setAppValue("b", Value(1), kDomain);
-  EXPECT_EQ(store->takeWriteTroubles().size(), 1U);
+  EXPECT_EQ(store->takeTroubles().size(), 1U);
   EXPECT_EQ(readFile(outside), "untouched");
   EXPECT_EQ(namesIn(folder_.path()), (std::vector<std::string>{"outside", "root"}));
 }
@@ -777,65 +788,12 @@ TEST_F(FilePreferencesTest, CopiesACorruptFileOfPrivateVarToVar) {
   EXPECT_EQ(readFile(other), "garbage");
 }
 
-// Flushing and power cuts.
+// What a former release left.
 
-TEST_F(FilePreferencesTest, KeepsTheLastFlushedVersionUnderASecondName) {
-  const auto store = newStore();
-  store->setAppValue("a", Value(1), kDomain);
-  EXPECT_FALSE(fs::exists(beside(".flushed")));
-  store->appSynchronize(kDomain);
-  EXPECT_EQ(inodeOf(beside(".flushed")), inodeOf(file()));
-  store->setAppValue("a", Value(2), kDomain);
-  EXPECT_EQ(parsePropertyList(readFile(beside(".flushed"))), Value(Dictionary{{"a", 1}}));
-  EXPECT_EQ(stored(), Value(Dictionary{{"a", 2}}));
-  store->appSynchronize(kDomain);
-  EXPECT_EQ(inodeOf(beside(".flushed")), inodeOf(file()));
-  EXPECT_EQ(namesIn(preferences()),
-            (std::vector<std::string>{kFile, std::string(kFile) + ".flushed", std::string(kFile) + ".lock"}));
-}
-
-TEST_F(FilePreferencesTest, FlushesShortlyAfterTheLastWrite) {
-  const auto store = newStore({.lockLimit = 5s, .flushDelay = 20ms});
-  store->setAppValue("a", Value(1), kDomain);
-  const auto limit = std::chrono::steady_clock::now() + 10s;
-  while (!fs::exists(beside(".flushed")) && std::chrono::steady_clock::now() < limit) std::this_thread::sleep_for(5ms);
-  EXPECT_EQ(inodeOf(beside(".flushed")), inodeOf(file()));
-}
-
-TEST_F(FilePreferencesTest, FlushesAtTheEnd) {
-  newStore()->setAppValue("a", Value(1), kDomain);
-  EXPECT_EQ(inodeOf(beside(".flushed")), inodeOf(file()));
-}
-
-TEST_F(FilePreferencesTest, StillSeesTheOthersWritesAfterAFlush) {
-  const auto one = newStore();
-  const auto other = newStore();
-  one->setAppValue("a", Value(1), kDomain);
-  one->appSynchronize(kDomain);
-  EXPECT_EQ(one->copyAppValue("a", kDomain), Value(1));
-  other->setAppValue("a", Value(2), kDomain);
-  EXPECT_EQ(one->copyAppValue("a", kDomain), Value(2));
-  one->setAppValue("b", Value(3), kDomain);
-  EXPECT_EQ(stored(), Value(Dictionary{{"a", 2}, {"b", 3}}));
-}
-
-TEST_F(FilePreferencesTest, FlushesAForeignFileBeforeItIsReplacedForTheFirstTime) {
-  const std::string former = plist({{"a", 1}});
-  writeFile(file(), former);
-  const auto store = newStore();
-  store->setAppValue("b", Value(2), kDomain);
-  EXPECT_EQ(readFile(beside(".flushed")), former);
-  store->setAppValue("b", Value(3), kDomain);
-  EXPECT_EQ(readFile(beside(".flushed")), former);
-}
-
-TEST_F(FilePreferencesTest, ReadsTheKeptVersionWhereTheFileIsTorn) {
-  {
-    const auto store = newStore();
-    store->setAppValue("a", Value(1), kDomain);
-    store->appSynchronize(kDomain);
-  }
-  for (const std::string& torn : {std::string(), std::string(100, '\0'), readFile(file()).substr(0, 20)}) {
+TEST_F(FilePreferencesTest, ReadsTheVersionThatAFormerReleaseKeptWhereTheFileIsTorn) {
+  const std::string whole = plist({{"a", 1}});
+  for (const std::string& torn : {std::string(), std::string(100, '\0'), whole.substr(0, 20)}) {
+    writeFile(beside(".flushed"), whole);
     replaceFile(file(), torn);
     troubles_.clear();
     const auto store = newStore();
@@ -844,61 +802,171 @@ TEST_F(FilePreferencesTest, ReadsTheKeptVersionWhereTheFileIsTorn) {
     ASSERT_EQ(troubles_.size(), 1U);
     EXPECT_EQ(troubles_[0].kind, StoreTrouble::Kind::Recovered);
     EXPECT_EQ(readFile(file()), torn);
-  }
-}
-
-TEST_F(FilePreferencesTest, BringsTheKeptVersionBackWithTheFirstWrite) {
-  {
-    const auto store = newStore();
-    store->setAppValue("a", Value(1), kDomain);
-    store->appSynchronize(kDomain);
-  }
-  replaceFile(file(), "torn");
-  {
-    const auto store = newStore();
     store->setAppValue("b", Value(2), kDomain);
     EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}}));
-    EXPECT_EQ(readFile(beside(".corrupt-1")), "torn");
-    EXPECT_EQ(parsePropertyList(readFile(beside(".flushed"))), Value(Dictionary{{"a", 1}}));
+    EXPECT_FALSE(fs::exists(beside(".flushed")));
   }
-  EXPECT_EQ(inodeOf(beside(".flushed")), inodeOf(file()));
-  EXPECT_EQ(newStore()->copyAppValue("a", kDomain), Value(1));
+  EXPECT_EQ(readFile(beside(".corrupt-3")), whole.substr(0, 20));
 }
 
-TEST_F(FilePreferencesTest, DoesNotKeepATornFileAsFlushed) {
+TEST_F(FilePreferencesTest, RemovesTheKeptVersionOfAFormerReleaseWhereTheFileIsWhole) {
+  writeFile(file(), plist({{"a", 1}}));
+  writeFile(beside(".flushed"), plist({{"a", 0}}));
   const auto store = newStore();
-  store->setAppValue("a", Value(1), kDomain);
-  store->appSynchronize(kDomain);
-  store->setAppValue("a", Value(2), kDomain);
-  replaceFile(file(), "torn");
-  store->appSynchronize(kDomain);
-  EXPECT_EQ(parsePropertyList(readFile(beside(".flushed"))), Value(Dictionary{{"a", 1}}));
-}
-
-TEST_F(FilePreferencesTest, TakesAFileThatWasWrittenOverInPlaceForCorrupt) {
-  newStore()->setAppValue("a", Value(1), kDomain);
-  ASSERT_TRUE(fs::exists(beside(".flushed")));
-  writeFile(file(), "garbage");
-  const auto store = newStore();
-  EXPECT_EQ(store->readTrouble(kDomain), readTrouble("not a property list"));
+  EXPECT_EQ(store->copyAppValue("a", kDomain), Value(1));
+  EXPECT_TRUE(fs::exists(beside(".flushed")));
   store->setAppValue("b", Value(2), kDomain);
-  EXPECT_EQ(readFile(beside(".corrupt-1")), "garbage");
-  store->appSynchronize(kDomain);
-  EXPECT_EQ(inodeOf(beside(".flushed")), inodeOf(file()));
-  EXPECT_EQ(stored(), Value(Dictionary{{"b", 2}}));
+  EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}}));
+  EXPECT_EQ(namesIn(preferences()), (std::vector<std::string>{kFile, std::string(kFile) + ".lock"}));
 }
 
-TEST_F(FilePreferencesTest, TellsOfAFlushThatFails) {
+// Copies that are kept.
+
+TEST_F(FilePreferencesTest, KeepsTheTenNewestCopiesOfEachKindAndReportsEach) {
   const auto store = newStore();
-  store->setAppValue("a", Value(1), kDomain);
-  fs::create_directories(beside(".tmp") / "in the way");
-  store->appSynchronize(kDomain);
-  EXPECT_EQ(store->takeWriteTroubles(),
-            std::vector<StoreTrouble>{writeTrouble("can't remove com.vantorick.quellar2.plist.tmp: Is a directory")});
-  fs::remove_all(beside(".tmp"));
-  store->appSynchronize(kDomain);
-  EXPECT_EQ(store->takeWriteTroubles(), std::vector<StoreTrouble>{});
-  EXPECT_EQ(inodeOf(beside(".flushed")), inodeOf(file()));
+  for (int number = 1; number <= 13; ++number) {
+    replaceFile(file(), "garbage " + std::to_string(number));
+    troubles_.clear();
+    store->setAppValue("a", Value("odd"), kDomain);
+    const std::vector<StoreTrouble> expected = {
+        corruptTrouble("not a property list"),
+        {StoreTrouble::Kind::KeptAside, beside(".corrupt-" + std::to_string(number)), "not a property list"}};
+    EXPECT_EQ(troubles_, expected);
+    troubles_.clear();
+    store->setAppValue("a", Value(Dictionary{{"number", number}}), kDomain);
+    EXPECT_EQ(troubles_,
+              (std::vector<StoreTrouble>{{StoreTrouble::Kind::KeptAside, beside(".kept-" + std::to_string(number)),
+                                          "a value that is no dictionary was replaced"}}));
+  }
+  std::vector<std::string> expected = {kFile, std::string(kFile) + ".lock"};
+  for (int number = 4; number <= 13; ++number) {
+    expected.push_back(std::string(kFile) + ".corrupt-" + std::to_string(number));
+    expected.push_back(std::string(kFile) + ".kept-" + std::to_string(number));
+    EXPECT_EQ(readFile(beside(".corrupt-" + std::to_string(number))), "garbage " + std::to_string(number));
+  }
+  std::ranges::sort(expected);
+  EXPECT_EQ(namesIn(preferences()), expected);
+}
+
+// Changes by programs side by side.
+
+TEST_F(FilePreferencesTest, MergesAChangeIntoWhatAnotherProgramHasStoredMeanwhile) {
+  const auto store = newStore();
+  const Dictionary base = {{"cleared", true}, {"same", 1}};
+  store->setAppValue("Dock_Defaults", Value(base), kDomain);
+  newStore()->setAppValue("Dock_Defaults", Value(Dictionary{{"cleared", true}, {"other", 2}, {"same", 1}}), kDomain);
+  const auto written = store->write(kDomain, {{.key = "Dock_Defaults",
+                                               .value = Value(Dictionary{{"own", 3}, {"same", 1}}),
+                                               .merges = true,
+                                               .base = Value(base)}});
+  const Value merged(Dictionary{{"other", 2}, {"own", 3}, {"same", 1}});
+  ASSERT_TRUE(written);
+  EXPECT_EQ(written->values.at("Dock_Defaults"), merged);
+  EXPECT_EQ(stored(), Value(Dictionary{{"Dock_Defaults", merged}}));
+}
+
+TEST_F(FilePreferencesTest, HoldsTheLockOfATransactionUntilItsWriteHasReplacedTheFile) {
+  const auto store = newStore();
+  const auto other = newStore({.lockLimit = 50ms});
+  store->setAppValue("count", Value(1), kDomain);
+  {
+    const FilePreferences::Transaction transaction(*store, kDomain);
+    other->setAppValue("late", Value(1), kDomain);
+    EXPECT_EQ(other->takeTroubles(),
+              std::vector<StoreTrouble>{
+                  writeTrouble("another program has kept com.vantorick.quellar2.plist.lock locked for 50 ms")});
+    store->setAppValue("count", Value(2), kDomain);
+    EXPECT_TRUE(other->retryUnsaved());
+  }
+  EXPECT_EQ(stored(), Value(Dictionary{{"count", 2}, {"late", 1}}));
+  {
+    const FilePreferences::Transaction transaction(*store, kDomain);
+  }
+  other->setAppValue("late", Value(2), kDomain);
+  EXPECT_EQ(stored(), Value(Dictionary{{"count", 2}, {"late", 2}}));
+}
+
+TEST_F(FilePreferencesTest, ServesWaitingWritersInTurn) {
+  newStore()->setAppValue("a", Value(1), kDomain);
+  const int lock = ::open(beside(".lock").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(::flock(lock, LOCK_EX), 0);
+  constexpr int kWriters = 5;
+  std::mutex mutex;
+  std::vector<int> order;
+  std::vector<std::jthread> writers;
+  for (int number = 1; number <= kWriters; ++number) {
+    writers.emplace_back([&, number] {
+      FilePreferences store{DeviceRoot(rootFolder())};
+      const FilePreferences::Transaction transaction(store, kDomain);
+      const std::lock_guard guard(mutex);
+      order.push_back(number);
+    });
+    // Until it stands in the queue.
+    struct flock place{};
+    do {
+      std::this_thread::sleep_for(1ms);
+      place.l_type = F_WRLCK;
+      place.l_whence = SEEK_SET;
+      place.l_start = number;
+      place.l_len = 1;
+      ASSERT_EQ(::fcntl(lock, F_OFD_GETLK, &place), 0);
+    } while (place.l_type == F_UNLCK);
+  }
+  ASSERT_EQ(::flock(lock, LOCK_UN), 0);
+  writers.clear();
+  ::close(lock);
+  EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4, 5}));
+}
+
+TEST_F(FilePreferencesTest, TakesTheTurnOfACallerThatWasStoppedInTheQueue) {
+  newStore()->setAppValue("a", Value(1), kDomain);
+  // A caller that stands in the queue and never takes the lock.
+  const int stopped = ::open(beside(".lock").c_str(), O_RDWR | O_CLOEXEC);
+  struct flock place{};
+  place.l_type = F_WRLCK;
+  place.l_whence = SEEK_SET;
+  place.l_start = 1;
+  place.l_len = 1;
+  ASSERT_EQ(::fcntl(stopped, F_OFD_SETLK, &place), 0);
+  newStore()->setAppValue("b", Value(2), kDomain);
+  ::close(stopped);
+  EXPECT_EQ(troubles_, std::vector<StoreTrouble>{});
+  EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}}));
+}
+
+TEST_F(FilePreferencesTest, TakesTheNewLockWhereTheOldOneWasRemoved) {
+  newStore()->setAppValue("a", Value(1), kDomain);
+  const int lock = ::open(beside(".lock").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(::flock(lock, LOCK_EX), 0);
+  std::jthread writer([&] { newStore()->setAppValue("b", Value(2), kDomain); });
+  struct flock place{};
+  do {
+    std::this_thread::sleep_for(1ms);
+    place.l_type = F_WRLCK;
+    place.l_whence = SEEK_SET;
+    place.l_start = 1;
+    ASSERT_EQ(::fcntl(lock, F_OFD_GETLK, &place), 0);
+  } while (place.l_type == F_UNLCK);
+  fs::remove(beside(".lock"));
+  const auto store = newStore();
+  const FilePreferences::Transaction transaction(*store, kDomain);
+  ASSERT_EQ(::flock(lock, LOCK_UN), 0);
+  store->setAppValue("c", Value(3), kDomain);
+  writer.join();
+  ::close(lock);
+  EXPECT_EQ(stored(), Value(Dictionary{{"a", 1}, {"b", 2}, {"c", 3}}));
+  EXPECT_EQ(namesIn(preferences()), (std::vector<std::string>{kFile, std::string(kFile) + ".lock"}));
+}
+
+TEST_F(FilePreferencesTest, SeesAChangeInPlaceOfTheSameSizeRightAfterItsOwnWrite) {
+  const auto store = newStore();
+  for (int round = 0; round < 50; ++round) {
+    store->setAppValue("key", Value(round % 10), kDomain);
+    const std::string bytes = plist({{"key", (round + 1) % 10}});
+    ASSERT_EQ(readFile(file()).size(), bytes.size());
+    writeFile(file(), bytes);
+    ASSERT_EQ(store->copyAppValue("key", kDomain), Value((round + 1) % 10)) << round;
+  }
 }
 
 TEST_F(FilePreferencesTest, IsReadByTheNextProcess) {

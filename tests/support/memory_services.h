@@ -36,6 +36,7 @@ class MemoryPreferences : public platform::Preferences {
       dictionary.erase(std::string(key));
     }
   }
+  [[nodiscard]] bool wasRead(std::string_view /*domain*/) const override { return true; }
   void appSynchronize(std::string_view /*domain*/) override {}
 };
 

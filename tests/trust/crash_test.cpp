@@ -82,46 +82,6 @@ TEST_P(Crash, BeforeAndAfterEachSystemCallLeavesAWholeFile) {
   std::cout << scenario.name << ": " << deaths << " deaths at " << calls << " system calls, every " << step << ".\n";
 }
 
-TEST(CrashOfTheFlush, BeforeAndAfterEachSystemCallOfItsThreadLeavesAWholeFile) {
-  const TrustRoot root;
-  const int step = isLongForm() ? 1 : 7;
-  int deaths = 0;
-  bool hasEnded = false;
-  root.written.makeWith(0);
-  int former = 0;
-  for (int index = 0; !hasEnded; index += step) {
-    for (const Side side : {Side::Before, Side::After}) {
-      const int next = former + 1;
-      const Pipe output;
-      Tracee writer([&]() -> int {
-        host::linux::FilePreferences store{
-            host::linux::DeviceRoot(root.written.root), {}, {.lockLimit = 5s, .flushDelay = 0ms}};
-        store.setAppValue(WritingTask().key, numberedValue(next), kTrustDomain);
-        std::error_code error;
-        for (int tries = 0; tries < 500; ++tries) {
-          if (fs::equivalent(root.written.file(), root.written.beside(".flushed"), error)) break;
-          std::this_thread::sleep_for(1ms);
-        }
-        // The folder is flushed after the name is there.
-        std::this_thread::sleep_for(2ms);
-        ::_exit(0);
-      });
-      const pid_t main = writer.process();
-      const Tracee::Handler kill = [&](const SystemCall& call) {
-        return Verdict{call.thread != main && call.index == index ? Verdict::Kind::Kill : Verdict::Kind::GoOn, 0};
-      };
-      const Tracee::End end = side == Side::Before ? writer.run(kill) : writer.run({}, kill);
-      deaths += end.wasKilled ? 1 : 0;
-      hasEnded = hasEnded || (!end.wasKilled && side == Side::Before);
-      // The thread begins when the value is in the file.
-      ASSERT_EQ(root.written.faultsAfterDeath(next, next), "") << "call " << index;
-      former = next;
-    }
-  }
-  EXPECT_GT(deaths, isLongForm() ? 40 : 5);
-  std::cout << "the flushing thread: " << deaths << " deaths.\n";
-}
-
 TEST(CrashAtRandom, LeavesAWholeFileWithAllThatWasTold) {
   const int deaths = isLongForm() ? 9000 : 60;
   const TrustRoot root;
@@ -141,7 +101,6 @@ TEST(CrashAtRandom, LeavesAWholeFileWithAllThatWasTold) {
       task.first = former + 1;
       task.count = 1000;
       task.synchronizes = death % 2 == 0;
-      task.options.flushDelay = std::chrono::milliseconds(death % 3);
       task.output = output.writing.get();
       ::_exit(runWriting(task));
     }

@@ -41,7 +41,7 @@ std::function<int(int)> storeWriter(const WrittenRoot& root, const std::string& 
     task.key = key;
     task.count = std::numeric_limits<int>::max() - 1;
     task.until = until;
-    task.options = {.lockLimit = 20s, .flushDelay = 50ms};
+    task.options = {.lockLimit = 20s};
     task.output = output;
     return runWriting(task);
   };
@@ -62,7 +62,7 @@ std::function<int(int)> mortalWriter(const WrittenRoot& root, const std::string&
         task.key = key;
         task.first = first;
         task.count = 100000;
-        task.options = {.lockLimit = 20s, .flushDelay = 5ms};
+        task.options = {.lockLimit = 20s};
         task.output = words.writing.get();
         ::_exit(runWriting(task));
       }
@@ -217,11 +217,11 @@ TEST(ManyWriters, TellOfOneThatIsStuckWithinTheirLimitAndGoOnWhenItDies) {
   while (lastOf(stuck.told(), "locked") != 1) std::this_thread::sleep_for(1ms);
 
   constexpr auto kLimit = 300ms;
-  FilePreferences store{DeviceRoot(root.root), {}, {.lockLimit = kLimit, .flushDelay = 1h}};
+  FilePreferences store{DeviceRoot(root.root), {}, {.lockLimit = kLimit}};
   const auto began = Clock::now();
   store.setAppValue("Stuck_Defaults", numberedValue(1), kTrustDomain);
   const auto waited = Clock::now() - began;
-  const auto troubles = store.takeWriteTroubles();
+  const auto troubles = store.takeTroubles();
   ASSERT_EQ(troubles.size(), 1U);
   EXPECT_EQ(troubles[0].file, root.file());
   EXPECT_EQ(troubles[0].cause, "another program has kept " + std::string(kTrustFile) + ".lock locked for 300 ms");
@@ -232,7 +232,7 @@ TEST(ManyWriters, TellOfOneThatIsStuckWithinTheirLimitAndGoOnWhenItDies) {
   ::kill(stuck.process(), SIGKILL);
   EXPECT_EQ(stuck.endsWithin(10s), 128 + SIGKILL);
   store.setAppValue("Next_Defaults", numberedValue(2), kTrustDomain);
-  EXPECT_TRUE(store.takeWriteTroubles().empty());
+  EXPECT_TRUE(store.takeTroubles().empty());
   FilePreferences next{DeviceRoot(root.root)};
   EXPECT_EQ(numberOf(next.copyAppValue("Stuck_Defaults", kTrustDomain)), 1);
   EXPECT_EQ(numberOf(next.copyAppValue("Next_Defaults", kTrustDomain)), 2);

@@ -29,8 +29,8 @@ void PrintTo(const Scenario& scenario, std::ostream* stream);
 inline constexpr int kFormer = 1;
 inline constexpr int kLatter = 2;
 
-/// A flushed file, an empty device root, a file of another program's that was never flushed, a file that is corrupt, a
-/// value that no dictionary may replace without a copy, a file that a power cut has torn.
+/// A file of the store's own, an empty device root, a file of another program's, a file that is corrupt, a
+/// value that no dictionary may replace without a copy, a torn file beside the version that a former release kept.
 [[nodiscard]] const std::vector<Scenario>& scenarios();
 
 /// The two ends of a pipe; the reading one doesn't wait.

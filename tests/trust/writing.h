@@ -55,9 +55,11 @@ struct WrittenRoot {
   [[nodiscard]] std::filesystem::path beside(std::string_view extension) const {
     return file().string() + std::string(extension);
   }
-  /// Makes it anew, with a flushed domain file that holds the other keys and value `number`.
+  /// Makes it anew, with a domain file that holds the other keys and value `number`.
   void makeWith(int number) const;
   void clear() const;
+  /// Whether a writer's temporary file lies beside it.
+  [[nodiscard]] bool hasTemporaryFile() const;
 
   /// Looks at it as the next program that starts does, one that reads and then writes; returns what is wrong with it,
   /// or "". The value must be one of `first` to `last`, the other keys be there, no lock be held, and nothing temporary
