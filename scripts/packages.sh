@@ -45,10 +45,12 @@ test_packages=(
   clang-tidy-19
   dbus-daemon
   desktop-file-utils
+  e2fsprogs
   git
   libatspi2.0-dev
   libgmock-dev
   libgtest-dev
+  libplist-dev
   shellcheck
   strace
   weston
@@ -75,8 +77,10 @@ peer_packages=(
   xvfb
 )
 
-# For ./test --trust alone: libFuzzer.
-fuzz_packages=(
+# For ./test --trust alone: libFuzzer, and what makes the file systems on which the power is cut.
+trust_packages=(
+  btrfs-progs
   clang-19
   libclang-rt-19-dev
+  xfsprogs
 )

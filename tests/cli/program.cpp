@@ -114,6 +114,13 @@ std::string Running::readLine() {
   return line;
 }
 
+bool Running::hasEnded(std::chrono::milliseconds limit) {
+  while (output_ || errors_) {
+    if (!readSome(limit)) return false;
+  }
+  return true;
+}
+
 void Running::signal(int number) const {
   ::kill(process_, number);
 }

@@ -44,6 +44,8 @@ class Running {
   bool hasLine(std::chrono::milliseconds limit);
   /// The next line of its standard output; throws where none comes within twenty seconds.
   std::string readLine();
+  /// Whether it has closed its standard output and its standard errors, or does so in time.
+  bool hasEnded(std::chrono::milliseconds limit);
   void signal(int number) const;
   /// Closes its standard input, waits for its end and returns what it printed since the last line that was read.
   Ended wait();

@@ -20,6 +20,7 @@
 
 #include "cli/program.h"
 #include "host/linux/property_list_file.h"
+#include "many_programs.h"
 #include "scenarios.h"
 
 namespace quellar::tests {
@@ -32,52 +33,6 @@ using platform::Value;
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
-
-void tell(int output, const std::string& line) {
-  const std::string bytes = line + "\n";
-  if (::write(output, bytes.data(), bytes.size()) < 0) ::_exit(3);
-}
-
-/// A program of a test's, in a process of its own.
-class Child {
- public:
-  explicit Child(const std::function<int(int output)>& work) : process_(::fork()) {
-    if (process_ == 0) ::_exit(work(output_.writing.get()));
-  }
-  ~Child() {
-    if (process_ < 0) return;
-    ::kill(process_, SIGKILL);
-    ::waitpid(process_, nullptr, 0);
-  }
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
-
-  [[nodiscard]] pid_t process() const { return process_; }
-
-  /// What it has told so far. A pipe that is full would end it, so that it is to be asked now and then.
-  const std::string& told() {
-    told_ += output_.contents();
-    return told_;
-  }
-
-  /// Its exit code once it has ended; nothing where that takes too long.
-  std::optional<int> endsWithin(Clock::duration limit) {
-    for (const auto until = Clock::now() + limit; Clock::now() < until; std::this_thread::sleep_for(2ms)) {
-      told();
-      int status = 0;
-      if (::waitpid(process_, &status, WNOHANG) != process_) continue;
-      process_ = -1;
-      told();
-      return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
-    return std::nullopt;
-  }
-
- private:
-  Pipe output_;
-  pid_t process_ = -1;
-  std::string told_;
-};
 
 std::function<int(int)> storeWriter(const WrittenRoot& root, const std::string& key, Clock::time_point until) {
   return [=](int output) {
@@ -115,15 +70,15 @@ std::function<int(int)> mortalWriter(const WrittenRoot& root, const std::string&
       ::kill(writer, SIGKILL);
       ::waitpid(writer, nullptr, 0);
       const std::string told = words.contents();
-      if (told.find("trouble") != std::string::npos) tell(output, told);
+      if (told.find("trouble") != std::string::npos) tellParent(output, told);
       // One that told nothing may have died in the middle of its first.
       const std::optional<int> set = lastOf(told, "set");
       const int begun = set ? *set + 1 : first;
       last = set.value_or(last);
-      tell(output, "set " + std::to_string(last) + "\nbegun " + std::to_string(begun));
+      tellParent(output, "set " + std::to_string(last) + "\nbegun " + std::to_string(begun));
       first = begun + 1;
     }
-    tell(output, "ended 1");
+    tellParent(output, "ended 1");
     return 0;
   };
 }
@@ -134,10 +89,10 @@ std::function<int(int)> commandWriter(const Device& device, const std::string& p
   return [=, &device](int output) {
     for (int value = 1; Clock::now() < until; value = 1 - value) {
       const Ended ended = device.run({"set", page, key, value == 1 ? "on" : "off"});
-      if (ended != succeeded("")) tell(output, "trouble " + ended.errors);
-      tell(output, "set " + std::to_string(value));
+      if (ended != succeeded("")) tellParent(output, "trouble " + ended.errors);
+      tellParent(output, "set " + std::to_string(value));
     }
-    tell(output, "ended 1");
+    tellParent(output, "ended 1");
     return 0;
   };
 }
@@ -152,15 +107,15 @@ std::function<int(int)> sessionWriter(const Device& device, const std::string& p
       do answer = session->readLine();
       while (!answer.starts_with(R"({"ok")") && !answer.starts_with(R"({"error")"));
       if (!answer.starts_with(R"({"ok":true)") || answer.find("warning") != std::string::npos) {
-        tell(output, "trouble " + answer);
+        tellParent(output, "trouble " + answer);
       }
     };
     command(R"({"do":"open","page":")" + page + "\"}");
     for (int value = 1; Clock::now() < until; value = 1 - value) {
       command(R"({"do":"set","row":")" + key + R"(","value":)" + (value == 1 ? "true" : "false") + "}");
-      tell(output, "set " + std::to_string(value));
+      tellParent(output, "set " + std::to_string(value));
     }
-    tell(output, "ended 1");
+    tellParent(output, "ended 1");
     return session->wait().code;
   };
 }
@@ -255,7 +210,7 @@ TEST(ManyWriters, TellOfOneThatIsStuckWithinTheirLimitAndGoOnWhenItDies) {
   Child stuck([&](int output) {
     const int lock = ::open(root.beside(".lock").c_str(), O_RDONLY | O_CLOEXEC);
     if (::flock(lock, LOCK_EX) != 0) return 1;
-    tell(output, "locked 1");
+    tellParent(output, "locked 1");
     ::raise(SIGSTOP);
     return 0;
   });

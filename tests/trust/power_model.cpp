@@ -40,7 +40,7 @@ void PowerModel::apply(const FileAction& action) {
       break;
     case Kind::Flush: {
       Node& node = nodes.at(action.node);
-      node.flushed = node.written;
+      if (!node.hasFailed) node.flushed = node.written;
       if (node.kind != Entry::Kind::Folder) break;
       std::erase_if(pending_, [&](const Change& each) {
         if (!concerns(each, action.node)) return false;
@@ -49,6 +49,9 @@ void PowerModel::apply(const FileAction& action) {
       });
       break;
     }
+    case Kind::FailedFlush:
+      nodes.at(action.node).hasFailed = true;
+      break;
     case Kind::Tell:
       break;
   }

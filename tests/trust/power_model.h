@@ -14,7 +14,7 @@ namespace quellar::tests {
 
 /// What a process did to files, as far as a power cut can undo it.
 struct FileAction {
-  enum class Kind { Create, MakeFolder, MakeLink, Write, Link, Rename, Exchange, Remove, Flush, Tell };
+  enum class Kind { Create, MakeFolder, MakeLink, Write, Link, Rename, Exchange, Remove, Flush, FailedFlush, Tell };
   Kind kind = Kind::Tell;
   /// The file or folder that is created, written, linked, renamed or flushed, by a number of its own.
   int node = 0;
@@ -35,6 +35,7 @@ struct FileAction {
 ///     were not, any subset lasts, in any combination; each by itself is atomic.
 ///   - What was written to a file lasts once the file was flushed. Before that the file may hold any beginning of it,
 ///     nothing, or as many zeros, also where its name lasts already.
+///   - A flush that failed may have dropped what was written before it: no later flush of that file brings it back.
 ///
 /// Real file systems keep more order than this.
 class PowerModel {
@@ -58,6 +59,7 @@ class PowerModel {
     /// What lasts for sure, and what was written in all.
     std::string flushed;
     std::string written;
+    bool hasFailed = false;
   };
   std::map<int, Node> nodes;
 

@@ -1,35 +1,42 @@
 // SPDX-License-Identifier: MIT
 
-// Power cuts: what writers do to files is recorded, and every state that a cut at any moment can leave behind is made
-// anew and given to the next program.
+// Power cuts in a model: what the programs do to files is recorded, and every state that a cut at any moment can leave
+// behind is made anew.
+//
+// The promise: whoever reads the domain file after a power cut at any moment, whoever that is, finds a whole property
+// list with every value that was acknowledged before the cut, and with all other keys; and the next program goes on.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
+#include <array>
+#include <cstring>
 #include <fstream>
+#include <functional>
 #include <iostream>
+#include <optional>
 #include <set>
-#include <sstream>
-#include <tuple>
+#include <string>
+#include <utility>
+#include <vector>
 
+#include "black_box.h"
+#include "chronicle.h"
 #include "power_model.h"
-#include "scenarios.h"
-#include "support/temporary_folder.h"
+#include "stranger.h"
 #include "tracer.h"
+#include "writing.h"
 
 namespace quellar::tests {
 namespace power_test {
 
-using host::linux::DeviceRoot;
-using host::linux::FilePreferences;
+using platform::Dictionary;
 using platform::Value;
-using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
 /// Watches a writer, and tells what it does as actions on a model that begins with what a folder holds.
@@ -45,15 +52,29 @@ class Recorder {
   PowerModel model;
   std::vector<FileAction> actions;
 
-  void record(const std::function<int()>& work, int outputEnd) {
+  /// Runs a program or a function of a process of its own; gives its exit code. The first `failing` flushes of files
+  /// that are written fail.
+  int record(const std::function<int()>& work, int failing = 0) {
     Tracee writer(work);
-    outputEnd_ = outputEnd;
-    const Tracee::End end = writer.run({}, [&](const SystemCall& call) {
+    const auto atEntry = [&](const SystemCall& call) {
+      const bool isFlush = call.number == SYS_fsync || call.number == SYS_fdatasync;
+      if (!isFlush || failing == 0) return Verdict{};
+      const auto node = numberAt(descriptorPath(writer, call.argument(0)), true);
+      if (!node || !fs::is_regular_file(descriptorPath(writer, call.argument(0)))) return Verdict{};
+      --failing;
+      actions.push_back({FileAction::Kind::FailedFlush, *node, 0, {}, 0, {}, {}});
+      return Verdict{Verdict::Kind::Fail, EIO};
+    };
+    const Tracee::End end = writer.run(atEntry, [&](const SystemCall& call) {
       if (call.result >= 0) note(writer, call);
       return Verdict{};
     });
-    EXPECT_EQ(end, Tracee::End{});
+    EXPECT_FALSE(end.wasKilled);
+    return end.code;
   }
+
+  /// How many actions there were.
+  [[nodiscard]] std::size_t now() const { return actions.size(); }
 
  private:
   static ino_t inodeOf(const fs::path& path, bool followsLinks = false) {
@@ -111,6 +132,15 @@ class Recorder {
     return {path, numberAt(path.parent_path(), true), path.filename()};
   }
 
+  void noteOpened(const Tracee& writer, const SystemCall& call, int flags) {
+    if ((flags & O_CREAT) == 0) return;
+    const Named place = named(writer, call, 0);
+    // A file that was there, as the lock's.
+    if ((flags & O_EXCL) == 0 && numberAt(place.path, true)) return;
+    if (!place.folder) return;
+    actions.push_back({FileAction::Kind::Create, add(inodeOf(place.path)), *place.folder, place.name, 0, {}, {}});
+  }
+
   void note(const Tracee& writer, const SystemCall& call) {
     using Kind = FileAction::Kind;
     const auto made = [&](Kind kind, const Named& place, std::string bytes = {}) {
@@ -119,10 +149,15 @@ class Recorder {
     };
     switch (call.number) {
       case SYS_openat:
-        if ((call.argument(2) & O_CREAT) == 0) break;
-        EXPECT_NE(call.argument(2) & O_EXCL, 0) << "the model knows of new files only";
-        made(Kind::Create, named(writer, call, 0));
+        noteOpened(writer, call, call.argument(2));
         break;
+      case SYS_openat2: {
+        open_how how{};
+        const std::string bytes = writer.bytesAt(call.arguments[2], sizeof how);
+        std::memcpy(&how, bytes.data(), sizeof how);
+        noteOpened(writer, call, static_cast<int>(how.flags));
+        break;
+      }
       case SYS_mkdirat:
         made(Kind::MakeFolder, named(writer, call, 0));
         break;
@@ -131,9 +166,7 @@ class Recorder {
         break;
       case SYS_write: {
         std::string bytes = writer.bytesAt(call.arguments[1], static_cast<std::size_t>(call.result));
-        if (call.argument(0) == outputEnd_) {
-          actions.push_back({Kind::Tell, 0, 0, {}, 0, {}, std::move(bytes)});
-        } else if (const auto node = numberAt(descriptorPath(writer, call.argument(0)), true)) {
+        if (const auto node = numberAt(descriptorPath(writer, call.argument(0)), true)) {
           actions.push_back({Kind::Write, *node, 0, {}, 0, {}, std::move(bytes)});
         }
         break;
@@ -172,6 +205,7 @@ class Recorder {
         break;
       }
       case SYS_fsync:
+      case SYS_fdatasync:
         if (const auto node = numberAt(descriptorPath(writer, call.argument(0)), true)) {
           actions.push_back({Kind::Flush, *node, 0, {}, 0, {}, {}});
         }
@@ -184,10 +218,10 @@ class Recorder {
   /// Calls that change files and that the model doesn't know.
   static void noteOthers(const SystemCall& call) {
     static const std::set<std::int64_t> kUnknown = {
-        SYS_pwrite64,        SYS_writev,    SYS_pwritev, SYS_ftruncate, SYS_truncate, SYS_fallocate,
-        SYS_copy_file_range, SYS_fdatasync, SYS_mknodat, SYS_sync,      SYS_syncfs,
+        SYS_pwrite64,        SYS_writev,  SYS_pwritev, SYS_ftruncate, SYS_truncate, SYS_fallocate,
+        SYS_copy_file_range, SYS_mknodat, SYS_sync,    SYS_syncfs,
 #if defined(SYS_rename)
-        SYS_rename,          SYS_unlink,    SYS_mkdir,   SYS_creat,     SYS_link,     SYS_symlink,
+        SYS_rename,          SYS_unlink,  SYS_mkdir,   SYS_creat,     SYS_link,     SYS_symlink,
 #endif
     };
     EXPECT_FALSE(kUnknown.contains(call.number)) << "call " << call.number << " is not in the model";
@@ -195,7 +229,6 @@ class Recorder {
 
   std::map<ino_t, int> numbers_;
   int lastNumber_ = PowerModel::kRoot;
-  int outputEnd_ = -1;
 };
 
 /// Makes a picture's files below a folder.
@@ -222,118 +255,212 @@ void paint(const PowerModel::Picture& picture, const fs::path& folder) {
   }
 }
 
-constexpr int kLast = 7;
+/// What the programs find, and what stays of it whatever they do.
+struct Start {
+  std::string name;
+  std::function<void(const Device&)> prepare;
+  Dictionary staying;
+};
 
-/// Two programs that write in turn: 2 and 3 unflushed, 3 flushed, 4 to 7 with flushes by the one and the other.
-int writeInTurn(const WrittenRoot& root, int output) {
-  const host::linux::FilePreferencesOptions options{.lockLimit = 5s};
-  const auto tell = [&](const std::string& line) {
-    if (::write(output, line.data(), line.size()) < 0) ::_exit(3);
-  };
-  FilePreferences one{DeviceRoot(root.root), {}, options};
-  FilePreferences other{DeviceRoot(root.root), {}, options};
-  for (int number = kLatter; number <= kLast; ++number) {
-    FilePreferences& store = number == 4 || number == 5 ? other : one;
-    tell("begun " + std::to_string(number) + "\n");
-    store.setAppValue(WritingTask().key, numberedValue(number), kTrustDomain);
-    if (number != 3 && number != 5 && number != 6) continue;
-    store.appSynchronize(kTrustDomain);
-    tell("flushed " + std::to_string(number) + "\n");
-  }
-  ::_exit(one.takeTroubles().empty() && other.takeTroubles().empty() ? 0 : 1);
+void PrintTo(const Start& start, std::ostream* stream) {
+  *stream << start.name;
 }
 
-/// What the next program finds wrong.
-std::string faultsAfterCut(const WrittenRoot& root, const std::string& scenario, std::optional<int> flushed, int begun,
-                           bool hasOthers) {
-  std::ostringstream faults;
-  FilePreferences next{DeviceRoot(root.root), {}, {.lockLimit = 5s}};
-  const std::string key = WritingTask().key;
-  const std::optional<Value> value = next.copyAppValue(key, kTrustDomain);
-  const std::optional<int> number = numberOf(value);
-  if (number ? *number < flushed.value_or(0) || *number > begun : flushed.has_value()) {
-    faults << "the value is " << (number ? std::to_string(*number) : "gone") << "; ";
-  }
-  if (flushed && next.readTrouble(kTrustDomain)) faults << next.readTrouble(kTrustDomain)->cause << "; ";
-  for (const auto& [other, otherValue] : otherKeys()) {
-    if (hasOthers && next.copyAppValue(other, kTrustDomain) != otherValue) faults << other << " is lost; ";
-  }
-  if (scenario == "AValueThatIsNoDictionary" && value != Value("no dictionary") &&
-      !fs::exists(root.beside(".kept-1"))) {
-    faults << "the former value has no copy; ";
-  }
-  next.setAppValue("next", Value(1), kTrustDomain);
-  for (const auto& trouble : next.takeTroubles()) faults << trouble.cause << "; ";
-  if (next.copyAppValue(key, kTrustDomain) != value) faults << "the next write lost the value; ";
-  if (root.hasTemporaryFile()) faults << "a temporary file is left; ";
-  return faults.str();
+void writeRaw(const fs::path& file, std::string_view bytes) {
+  fs::create_directories(file.parent_path());
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
-class Power : public testing::TestWithParam<Scenario> {};
-
-INSTANTIATE_TEST_SUITE_P(Store, Power, testing::ValuesIn(scenarios()),
-                         [](const auto& scenario) { return scenario.param.name; });
-
-TEST_P(Power, ACutAtAnyMomentLosesNothingThatWasFlushed) {
-  const Scenario& scenario = GetParam();
-  const TemporaryFolder folder(quickFolder());
-  const WrittenRoot root{folder.path() / "root"};
-  scenario.prepare(root);
-  Recorder recorder(folder.path());
-  const Pipe output;
-  recorder.record([&] { return writeInTurn(root, output.writing.get()); }, output.writing.get());
-  const auto count = [&](FileAction::Kind kind) {
-    return std::ranges::count(recorder.actions, kind, &FileAction::kind);
+std::vector<Start> starts() {
+  static constexpr std::string_view kGarbage = "this is no property list";
+  const std::string whole = encodeAsStranger(domainOfOthers());
+  Dictionary odd = domainOfOthers();
+  odd.insert_or_assign(kProofPageKey, Value("no dictionary"));
+  Dictionary stayingOfOdd = domainOfOthers();
+  stayingOfOdd.erase(kProofPageKey);
+  return {
+      {"AFileOfOurs",
+       [](const Device& device) {
+         writeRaw(device.store(), encodeAsStranger(domainOfOthers()));
+         ASSERT_EQ(device.run({"set", "Dock", "usesCustomDockBlur", "on"}), succeeded(""));
+       },
+       domainOfOthers()},
+      {"AnEmptyDeviceRoot", [](const Device& device) { fs::remove_all(device.root()); }, {}},
+      {"AFileOfAnotherProgram", [whole](const Device& device) { writeRaw(device.store(), whole); }, domainOfOthers()},
+      {"ACorruptFile", [](const Device& device) { writeRaw(device.store(), kGarbage); }, {}},
+      {"AValueThatIsNoDictionary", [odd](const Device& device) { writeRaw(device.store(), encodeAsStranger(odd)); },
+       stayingOfOdd},
+      {"ATornFileWithAKeptVersion",
+       [whole](const Device& device) {
+         writeRaw(device.store(), whole.substr(0, whole.size() / 2));
+         writeRaw(device.store().string() + ".flushed", whole);
+       },
+       {}},
   };
-  ASSERT_EQ(count(FileAction::Kind::Tell), 9);
-  ASSERT_GE(count(FileAction::Kind::Rename) + count(FileAction::Kind::Exchange), 9);
-  ASSERT_GE(count(FileAction::Kind::Exchange), 5);
-  ASSERT_GE(count(FileAction::Kind::Flush), 6);
+}
 
-  // What was there before was flushed, whoever wrote it.
-  const bool hasOthers =
-      scenario.name == "AFlushedFile" || scenario.name == "AFileOfAnotherProgram" || scenario.name == "ATornFile";
-  std::optional<int> flushed = hasOthers ? std::optional(kFormer) : std::nullopt;
-  int begun = kFormer;
-  PowerModel model = recorder.model;
+/// A program as its user starts it.
+std::function<int()> programOf(const Device& device, const std::vector<std::string>& arguments,
+                               const std::string& input = {}) {
+  return [&device, arguments, input]() -> int {
+    std::array<int, 2> ends{};
+    if (::pipe(ends.data()) != 0 || ::write(ends[1], input.data(), input.size()) < 0) return 126;
+    ::close(ends[1]);
+    ::dup2(ends[0], STDIN_FILENO);
+    const int nowhere = ::open("/dev/null", O_WRONLY);
+    ::dup2(nowhere, STDOUT_FILENO);
+    ::dup2(nowhere, STDERR_FILENO);
+    for (const auto& [name, value] : device.environment) ::setenv(name.c_str(), value.c_str(), 1);
+    ::setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
+    std::vector<std::string> words = {QUELLAR_PROGRAM};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> all;
+    for (std::string& word : words) all.push_back(word.data());
+    all.push_back(nullptr);
+    ::execv(all[0], all.data());
+    return 127;
+  };
+}
+
+/// What a stranger finds in all states that a cut may leave.
+struct Judgement {
   std::size_t combinations = 0;
-  std::set<std::tuple<PowerModel::Picture, std::optional<int>, int>> cuts;
-  const auto cut = [&] {
-    std::set<PowerModel::Picture> pictures;
-    combinations += model.addPictures(pictures);
-    for (const PowerModel::Picture& picture : pictures) cuts.emplace(picture, flushed, begun);
-  };
-  cut();
-  for (const FileAction& action : recorder.actions) {
-    model.apply(action);
-    if (const auto number = lastOf(action.bytes, "begun"); action.kind == FileAction::Kind::Tell && number) {
-      begun = *number;
-    }
-    if (const auto number = lastOf(action.bytes, "flushed"); action.kind == FileAction::Kind::Tell && number) {
-      flushed = number;
-    }
-    cut();
-  }
+  std::size_t states = 0;
+  std::size_t failed = 0;
+  std::string first;
+  /// Some good ones, and after which action they were cut.
+  std::vector<std::pair<PowerModel::Picture, std::size_t>> sample;
+};
 
-  // The short form looks at some of them.
-  const std::size_t step = isLongForm() ? 1 : std::max<std::size_t>(1, cuts.size() / 120);
-  std::size_t index = 0;
-  std::size_t seen = 0;
-  for (const auto& [picture, least, most] : cuts) {
-    if (index++ % step != 0) continue;
-    ++seen;
-    fs::remove_all(root.root);
-    paint(picture, folder.path());
-    const std::string faults = faultsAfterCut(root, scenario.name, least, most, hasOthers);
-    if (faults.empty()) continue;
-    std::ostringstream found;
-    for (const auto& [path, entry] : picture) {
-      found << "  " << path << " (" << entry.node << ", " << entry.bytes.size() << " bytes)\n";
+Judgement judge(const Recorder& recorder, const Chronicle& chronicle) {
+  Judgement result;
+  PowerModel model = recorder.model;
+  const auto cut = [&](std::size_t moment) {
+    std::set<PowerModel::Picture> pictures;
+    result.combinations += model.addPictures(pictures);
+    for (const PowerModel::Picture& picture : pictures) {
+      ++result.states;
+      const auto file = std::ranges::find_if(picture, [](const auto& each) {
+        return each.first.ends_with(std::string("Library/Preferences/") + kTrustFile);
+      });
+      const std::optional<Dictionary> domain =
+          file != picture.end() ? parseAsStranger(file->second.bytes) : std::nullopt;
+      // Nobody is owed a list before there was one.
+      const std::string faults = domain || !chronicle.isEmptyAt(moment) ? chronicle.faults(domain, moment) : "";
+      constexpr std::size_t kEach = 40;
+      if (faults.empty() && result.states % kEach == 0) result.sample.emplace_back(picture, moment);
+      if (faults.empty() || ++result.failed > 1) continue;
+      result.first = "after action " + std::to_string(moment) + ": " + faults;
+      for (const auto& [path, entry] : picture) {
+        result.first += "\n  " + path + " (" + std::to_string(entry.node) + ", ";
+        result.first += std::to_string(entry.bytes.size()) + " bytes)";
+      }
     }
-    FAIL() << faults << "flushed " << least.value_or(0) << ", begun " << most << "; the cut left:\n" << found.str();
+  };
+  cut(0);
+  for (std::size_t moment = 0; moment < recorder.actions.size(); ++moment) {
+    model.apply(recorder.actions[moment]);
+    cut(moment + 1);
   }
-  std::cout << scenario.name << ": " << recorder.actions.size() << " actions, " << combinations << " combinations, "
-            << cuts.size() << " different states, " << seen << " of them tried.\n";
+  return result;
+}
+
+TEST(PowerModel, IsSurvivedByACarefulProgramAndNotByACarelessOne) {
+  for (const Care care : {Care::FlushesAll, Care::FlushesNothing}) {
+    const Device device;
+    writeRaw(device.store(), encodeAsStranger(domainOfOthers()));
+    Recorder recorder(device.folder().path());
+    Chronicle chronicle;
+    chronicle.beginWith(domainOfOthers());
+    const Chronicle::Place place{"", "Other_Program_Number"};
+    for (int number = 0; number < 3; ++number) {
+      Dictionary domain = domainOfOthers();
+      domain.insert_or_assign(place.key, Value(number));
+      const std::size_t attempt = chronicle.begin(place, Value(number), recorder.now());
+      const auto replace = [&]() -> int {
+        replaceAsStranger(device.store(), domain, care);
+        ::_exit(0);
+      };
+      ASSERT_EQ(recorder.record(replace), 0);
+      chronicle.acknowledge(place, attempt, recorder.now());
+    }
+    const Judgement judgement = judge(recorder, chronicle);
+    EXPECT_EQ(judgement.failed == 0, care == Care::FlushesAll) << judgement.first;
+    EXPECT_GT(judgement.states, 30U);
+  }
+}
+
+class Power : public testing::TestWithParam<Start> {};
+
+INSTANTIATE_TEST_SUITE_P(Store, Power, testing::ValuesIn(starts()), [](const auto& start) { return start.param.name; });
+
+TEST_P(Power, ACutAtAnyMomentLeavesAWholeFileWithAllThatWasAcknowledged) {
+  if (!fs::exists(QUELLAR_PROGRAM)) GTEST_SKIP() << "quellar is not built";
+  const Start& start = GetParam();
+  const Device device;
+  start.prepare(device);
+  if (HasFatalFailure()) return;
+  Recorder recorder(device.folder().path());
+  Chronicle chronicle;
+  chronicle.beginWith(start.staying);
+  const Chronicle::Place bySet{kProofPageKey, kProofSwitch};
+  const Chronicle::Place byOther{"Alerts_Defaults", "userDisablesEdgeAlerts"};
+  const Chronicle::Place byStranger{"", "Other_Program_Number"};
+  const auto record = [&](const Chronicle::Place& place, const Value& value, const std::function<int()>& work,
+                          int failing = 0) {
+    const std::size_t attempt = chronicle.begin(place, value, recorder.now());
+    const int code = recorder.record(work, failing);
+    if (code == 0) chronicle.acknowledge(place, attempt, recorder.now());
+    return code;
+  };
+  const auto asStranger = [&](int number) -> int {
+    Dictionary domain = readAsStranger(device.store()).value_or(Dictionary());
+    domain.insert_or_assign(byStranger.key, Value(number));
+    replaceAsStranger(device.store(), domain);
+    ::_exit(0);
+  };
+  const std::vector<std::string> on = {"set", kProofPage, kProofSwitch, "on"};
+  const std::vector<std::string> off = {"set", kProofPage, kProofSwitch, "off"};
+  const std::vector<std::string> other = {"set", "Alerts", byOther.key, "on"};
+  EXPECT_EQ(record(bySet, Value(true), programOf(device, on)), 0);
+  EXPECT_EQ(record(byStranger, Value(1), [&] { return asStranger(1); }), 0);
+  EXPECT_EQ(record(bySet, Value(false), programOf(device, off)), 0);
+  EXPECT_EQ(record(byOther, Value(true), programOf(device, other)), 0);
+  // A session ends with 0 whatever became of its write, which is then no acknowledgement; the next command reads it.
+  chronicle.begin(byOther, Value(false), recorder.now());
+  recorder.record(programOf(device, {"session"}, R"({"do":"open","page":"Alerts"}
+{"do":"set","row":"userDisablesEdgeAlerts","value":false}
+)"));
+  // A flush fails; whether that is then told or made good, what is acknowledged stays.
+  record(bySet, Value(true), programOf(device, on), 1);
+  EXPECT_EQ(record(byStranger, Value(2), [&] { return asStranger(2); }), 0);
+  EXPECT_EQ(record(bySet, Value(false), programOf(device, off)), 0);
+  EXPECT_EQ(chronicle.faults(readAsStranger(device.store()), recorder.now()), "");
+  ASSERT_EQ(std::ranges::count(recorder.actions, FileAction::Kind::FailedFlush, &FileAction::kind), 1);
+
+  const Judgement judgement = judge(recorder, chronicle);
+  EXPECT_EQ(judgement.failed, 0U) << judgement.first;
+  const auto& painted = judgement.sample;
+
+  // The next program goes on from there.
+  const std::size_t most = isLongForm() ? 200 : 5;
+  const std::size_t step = std::max<std::size_t>(1, painted.size() / most);
+  std::size_t tried = 0;
+  for (std::size_t index = 0; index < painted.size(); index += step, ++tried) {
+    const auto& [picture, moment] = painted[index];
+    for (const auto& entry : fs::directory_iterator(device.folder().path())) fs::remove_all(entry);
+    paint(picture, device.folder().path());
+    EXPECT_EQ(device.run({"set", "Dock", "userDisablesBackgroundBlur", "on"}), succeeded(""));
+    const std::optional<Dictionary> domain = readAsStranger(device.store());
+    EXPECT_EQ(chronicle.faults(domain, moment), "") << "after the next write";
+    EXPECT_EQ(pageEntry(domain, "Dock_Defaults", "userDisablesBackgroundBlur"), Value(true));
+    EXPECT_FALSE(fs::exists(device.store().string() + ".tmp")) << "a temporary file is left";
+    if (HasFailure()) break;
+  }
+  std::cout << start.name << ": " << recorder.actions.size() << " actions, " << judgement.combinations
+            << " combinations, " << judgement.states << " states, " << judgement.failed
+            << " with less; the next program started from " << tried << ".\n";
 }
 
 }  // namespace power_test
