@@ -8,10 +8,10 @@ build_packages=(
   cmake
   g++
   libcli11-dev
+  libexpat1-dev
   libfontconfig-dev
   libgl-dev
   libicu-dev
-  libplist-dev
   librsvg2-bin
   libsdbus-c++-dev
   libwayland-dev

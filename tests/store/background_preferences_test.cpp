@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "store_files.h"
 
 namespace quellar::tests::background_preferences_test {
