@@ -147,12 +147,21 @@ struct PreparedChange {
   Change carryOut;
 };
 
+/// Ends the command where something could not be read for a moment: it may have hidden the row, or be what the change
+/// is to keep. Where the store can't be read at all, the write fails and the notifications go out.
+void requireRead(linux::FilePreferences& preferences) {
+  const auto troubles = preferences.takeTroubles();
+  if (troubles.empty() || preferences.readTrouble(frame::kSettingsDomain)) return;
+  throw Failure(troubles.front().file + ": " + troubles.front().cause);
+}
+
 PreparedChange prepare(const SetCommand& command, linux::Services& services, PanelHost::Detail detail) {
   PreparedChange prepared;
   prepared.host = std::make_unique<PanelHost>(services, detail);
   const auto& entry = prepared.host->entryNamed(command.page);
   prepared.keepsDictionary = !entry.page->defaultsKey.empty();
   prepared.page = prepared.host->makePage(entry);
+  requireRead(services.preferences);
   const auto found = rowOfKey(*prepared.page, command.key);
   if (found.isUnreachable || !found.steps.empty()) {
     throw UsageError(whyHidden(found, dynamic_cast<frame::KVQuellarListController&>(*prepared.page), *prepared.host));
@@ -162,9 +171,7 @@ PreparedChange prepare(const SetCommand& command, linux::Services& services, Pan
   prepared.page->loadView();
   prepared.page->reloadSpecifier(*found.row);
   prepared.carryOut = changeOf(*prepared.page, *found.row, command, prepared.host->navigation());
-  // A page that does not know what is stored must not write over it.
-  const auto troubles = services.preferences.takeTroubles();
-  if (!troubles.empty()) throw Failure(troubles.front().file + ": " + troubles.front().cause);
+  requireRead(services.preferences);
   return prepared;
 }
 
