@@ -26,13 +26,25 @@ if(QUELLAR_FUZZ)
 endif()
 
 # The hardening that a distribution builds with. The sanitizers have checks of their own in its place.
+include(CheckCXXCompilerFlag)
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 add_library(quellar_hardening INTERFACE)
-target_compile_options(quellar_hardening INTERFACE -fstack-protector-strong -fstack-clash-protection)
-# Checked functions need an optimizing compiler.
-target_compile_options(quellar_hardening INTERFACE $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>)
+target_compile_options(quellar_hardening INTERFACE
+  -fstack-protector-strong -fstack-clash-protection -Wformat -Werror=format-security -D_GLIBCXX_ASSERTIONS)
+# Where a call may lead to and a function return to, on processors that can hold code to it; and local variables that
+# are never what was on the stack before. Not every compiler and processor knows each.
+foreach(flag -fcf-protection=full -mbranch-protection=standard -ftrivial-auto-var-init=zero)
+  string(MAKE_C_IDENTIFIER "QUELLAR_HAS${flag}" known)
+  check_cxx_compiler_flag(${flag} ${known})
+  if(${known})
+    target_compile_options(quellar_hardening INTERFACE ${flag})
+  endif()
+endforeach()
+# Checked functions need an optimizing compiler. A distribution's own may have set a lower level.
+set(quellar_fortify -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+target_compile_options(quellar_hardening INTERFACE "$<$<CONFIG:Release>:${quellar_fortify}>")
 target_link_options(quellar_hardening INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 if(NOT QUELLAR_SANITIZE)
   target_link_libraries(quellar_flags INTERFACE quellar_hardening)

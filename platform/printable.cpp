@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/printable.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -49,6 +50,8 @@ void append(std::string& text, const char* format, std::uint32_t number) {
 }  // namespace
 
 std::string printable(std::string_view text) {
+  // Most texts are plain, and JSON has many.
+  if (std::ranges::all_of(text, [](char each) { return each >= 0x20 && each < 0x7F; })) return std::string(text);
   std::string result;
   result.reserve(text.size());
   while (!text.empty()) {

@@ -198,6 +198,24 @@ std::string outputOf(const std::string& command) {
   return output;
 }
 
+std::string notesOf(const fs::path& file) {
+  return outputOf("LC_ALL=C readelf --wide -n '" + file.string() + "'");
+}
+
+#if defined(__x86_64__)
+constexpr bool kHasControlFlow = true;
+constexpr const char* kProtection = "x86 feature: IBT, SHSTK";
+constexpr const char* kLandingPlace = "endbr64";
+#elif defined(__aarch64__)
+constexpr bool kHasControlFlow = true;
+constexpr const char* kProtection = "AArch64 feature: BTI, PAC";
+constexpr const char* kLandingPlace = "paciasp";
+#else
+constexpr bool kHasControlFlow = false;
+constexpr const char* kProtection = "";
+constexpr const char* kLandingPlace = "";
+#endif
+
 /// What of the hardening a program lacks.
 std::string lacks(const fs::path& program) {
   const std::string all = outputOf("LC_ALL=C readelf --wide -h -l -d -s '" + program.string() + "'");
@@ -211,15 +229,30 @@ std::string lacks(const fs::path& program) {
   expect(has("BIND_NOW") || has("Flags: NOW"), "binding at the start (BIND_NOW)");
   expect(has("__stack_chk_fail"), "a guarded stack");
   expect(has("_chk@GLIBC"), "checked C functions (_FORTIFY_SOURCE)");
+  expect(has("__glibcxx_assert_fail"), "checked places of containers (_GLIBCXX_ASSERTIONS)");
   const auto stack = all.find("GNU_STACK");
   expect(
       stack != std::string::npos && all.substr(stack, all.find('\n', stack) - stack).find(" RW ") != std::string::npos,
       "a stack that can't be executed");
+  if (kHasControlFlow) {
+    const std::string code = outputOf("LC_ALL=C objdump -d --no-show-raw-insn --disassemble=main '" + program.string() +
+                                      "' | grep -A1 '<main>:'");
+    expect(code.find(kLandingPlace) != std::string::npos, "places that a call may lead to (-fcf-protection)");
+    if (notesOf(QUELLAR_STARTUP_FILE).find(kProtection) != std::string::npos) {
+      expect(notesOf(program).find(kProtection) != std::string::npos, "the note of a shadow stack (-fcf-protection)");
+    }
+  }
   return result;
 }
 
 TEST(Hardening, IsWhatItsFlagsGive) {
   EXPECT_EQ(lacks(QUELLAR_HARDENED_PROGRAM), "");
+  // What the release's own programs may have no use for.
+  const std::string symbols = outputOf("LC_ALL=C readelf --wide -s '" QUELLAR_HARDENED_PROGRAM "'");
+  EXPECT_NE(symbols.find("__memcpy_chk@GLIBC"), std::string::npos) << "_FORTIFY_SOURCE=3";
+  if (kHasControlFlow) {
+    EXPECT_NE(notesOf(QUELLAR_HARDENED_OBJECT).find(kProtection), std::string::npos);
+  }
 }
 
 TEST(Hardening, OfTheProgramsThatUsersRunIsThatOfADistribution) {
