@@ -8,9 +8,9 @@ build_packages=(
   cmake
   g++
   libcli11-dev
+  libexpat1-dev
   libfontconfig-dev
   libgl-dev
-  libplist-dev
   librsvg2-bin
   libsdbus-c++-dev
   ninja-build

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <utility>
 
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "host/linux/string_table.h"
 
 namespace quellar::host::linux {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "support/temporary_folder.h"
 
 namespace quellar::host::linux {
