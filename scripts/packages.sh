@@ -46,6 +46,7 @@ test_packages=(
   libatspi2.0-dev
   libgmock-dev
   libgtest-dev
+  libplist-dev
   shellcheck
   strace
   xvfb

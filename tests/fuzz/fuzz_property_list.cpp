@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <cstddef>
 #include <optional>
 
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
+#include "libplist.h"
 #include "targets.h"
 
 namespace quellar::tests::fuzz {
@@ -9,6 +12,7 @@ namespace quellar::tests::fuzz {
 using host::linux::parsePropertyList;
 using host::linux::PropertyListDictionary;
 using host::linux::PropertyListError;
+using platform::Array;
 using platform::Dictionary;
 using platform::Value;
 
@@ -53,6 +57,29 @@ void edit(std::string_view bytes, const Dictionary& entries) {
   demand(stored() == Value(entries), "the entry was removed");
 }
 
+std::size_t valuesIn(const Value& value) {
+  std::size_t values = 1;
+  if (const auto* array = value.as<Array>()) {
+    for (const Value& item : *array) values += valuesIn(item);
+  } else if (const auto* dictionary = value.as<Dictionary>()) {
+    for (const auto& [key, item] : *dictionary) values += valuesIn(item);
+  }
+  return values;
+}
+
+/// libplist reads what we write, and where it reads a binary file too, it reads the same. Its reader of XML is lenient:
+/// it takes integers for octal ones, and has lines end as they are.
+void compareWithLibplist(std::string_view bytes, std::string_view encoded, const Value& value) {
+  // The library takes the square of the time for large dictionaries.
+  constexpr std::size_t kMostBytes = 65536;
+  constexpr std::size_t kMostValues = 20000;
+  if (std::max(bytes.size(), encoded.size()) > kMostBytes || valuesIn(value) > kMostValues) return;
+  demand(readWithLibplist(encoded) == value, "libplist reads what was written");
+  if (!bytes.starts_with("bplist00")) return;
+  const std::optional<Value> other = readWithLibplist(bytes);
+  demand(!other || *other == value, "libplist reads the same");
+}
+
 }  // namespace
 
 void propertyList(std::string_view bytes) {
@@ -67,6 +94,7 @@ void propertyList(std::string_view bytes) {
          "what has a dictionary at its top is a domain file");
   const auto encoded = host::linux::encodePropertyList(*value);
   demand(parsePropertyList(encoded.bytes()) == *value, "what was read writes and reads back equal");
+  compareWithLibplist(bytes, encoded.bytes(), *value);
   if (isDomain) edit(bytes, *entries);
 }
 
