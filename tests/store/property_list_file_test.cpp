@@ -358,10 +358,11 @@ TEST(PropertyListFile, ReadsXmlWithRepeatedKeysInLinearTime) {
 }
 
 TEST(PropertyListFile, RefusesTextThatIsNotUtf8) {
-  EXPECT_EQ(complaint(xml("<string>\xFF</string>")),
-            "damaged XML property list: line 3: not well-formed (invalid token)");
-  EXPECT_EQ(complaint(xml("<string>\xED\xA0\x80</string>")),
-            "damaged XML property list: line 3: not well-formed (invalid token)");
+  EXPECT_EQ(complaint(xml("<string>\xFF</string>")), "text is not UTF-8");
+  EXPECT_EQ(complaint(xml("<string>\xED\xA0\x80</string>")), "text is not UTF-8");
+  const std::string declared = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><plist><string>";
+  EXPECT_EQ(complaint(declared + "\xE9</string></plist>"), "text is not UTF-8");
+  EXPECT_EQ(parsePropertyList(declared + "\u00e9</string></plist>"), Value("\u00e9"));
   EXPECT_EQ(complaint(binaryPlist({"\x51\xE9"})), "text is not UTF-8");
   EXPECT_EQ(complaint(binaryPlist({"\x52\xC0\x80"})), "text is not UTF-8");
   EXPECT_EQ(complaint(binaryPlist({"\xD1" + reference(1) + reference(2), "\x51\xE9", "\x09"})), "text is not UTF-8");

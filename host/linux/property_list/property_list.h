@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+<<<<<<<< HEAD:host/linux/property_list/property_list.h
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -79,3 +80,6 @@ class PropertyListDictionary {
 };
 
 }  // namespace quellar::host::linux
+========
+#include "host/linux/property_list/property_list.h"
+>>>>>>>> plist-b:host/linux/property_list_file.h

@@ -257,9 +257,10 @@ void* reallocate(void* memory, std::size_t size) {
 /// afterwards.
 class XmlReader {
  public:
-  XmlReader() {
+  /// Whatever encoding the document declares, it is in `encoding`, or in UTF-16 where that is null.
+  explicit XmlReader(const char* encoding) {
     constexpr XML_Memory_Handling_Suite kMemory = {allocate, reallocate, release};
-    parser_.reset(XML_ParserCreate_MM(nullptr, &kMemory, nullptr));
+    parser_.reset(XML_ParserCreate_MM(encoding, &kMemory, nullptr));
     if (!parser_) throw std::bad_alloc();
     XML_SetUserData(parser_.get(), this);
     XML_SetElementHandler(
@@ -351,9 +352,14 @@ bool looksLikeXml(std::string_view bytes) {
 }
 
 PropertyListObjects readXmlPropertyList(std::string_view document) {
-  // expat takes any two units for a surrogate pair whose first one is the first half of one.
-  if (const auto order = utf16Order(document)) checkPropertyListUtf16(document, *order);
-  return XmlReader().read(document);
+  const auto order = utf16Order(document);
+  if (order) {
+    // expat takes any two units for a surrogate pair whose first one is the first half of one.
+    checkPropertyListUtf16(document, *order);
+  } else {
+    checkPropertyListText(document);
+  }
+  return XmlReader(order ? nullptr : "UTF-8").read(document);
 }
 
 }  // namespace quellar::host::linux
