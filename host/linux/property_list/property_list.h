@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-<<<<<<<< HEAD:host/linux/property_list/property_list.h
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -80,6 +79,3 @@ class PropertyListDictionary {
 };
 
 }  // namespace quellar::host::linux
-========
-#include "host/linux/property_list/property_list.h"
->>>>>>>> plist-b:host/linux/property_list_file.h
