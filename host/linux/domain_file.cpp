@@ -284,6 +284,38 @@ std::optional<FileVersion> versionAt(int folder, const std::string& name, const 
   return std::nullopt;
 }
 
+/// Holds the lock of the domain's folder (flock(2)), for as long as names are exchanged: it is there also where the
+/// domain's own lock was removed under a writer, so that the writers of two locks exchange nothing at once.
+class FolderLock {
+ public:
+  explicit FolderLock(const DomainPlace& place) : place_(place) {
+    constexpr std::chrono::seconds kLimit{5};
+    constexpr std::chrono::milliseconds kPause{1};
+    const auto end = std::chrono::steady_clock::now() + kLimit;
+    while (!tryToLock()) {
+      if (std::chrono::steady_clock::now() > end)
+        throw FileError(place.file, "another program keeps its folder locked");
+      std::this_thread::sleep_for(kPause);
+    }
+  }
+  ~FolderLock() {
+    retried([&] { return ::flock(place_.folder(), LOCK_UN); });
+  }
+  FolderLock(const FolderLock&) = delete;
+  FolderLock& operator=(const FolderLock&) = delete;
+
+ private:
+  [[nodiscard]] bool tryToLock() const {
+    if (retried([&] { return ::flock(place_.folder(), LOCK_EX | LOCK_NB); }) == 0) return true;
+    // A file system that has no locks for folders.
+    if (errno == EBADF || errno == EINVAL || errno == EOPNOTSUPP || errno == ENOLCK) return true;
+    if (errno != EWOULDBLOCK) throwErrno(place_.file, "can't lock its folder");
+    return false;
+  }
+
+  const DomainPlace& place_;
+};
+
 DomainLock::DomainLock(const DomainPlace& place, std::chrono::milliseconds limit) {
   do {
     lock_ = openLock(place);
@@ -320,20 +352,20 @@ void DomainLock::flushFolders(const DomainPlace& place) const {
 NextVersion::NextVersion(const DomainPlace& place, const DomainLock& lock, std::string_view bytes)
     : place_(place), temporaryName_(lock.temporaryName(place)) {
   const std::string& name = temporaryName_;
-  FileDescriptor written = createNew(place.folder(), name, place.file);
-  if (!written) {
+  handle_ = createNew(place.folder(), name, place.file);
+  if (!handle_) {
     removeName(place.folder(), name, place.file);
-    written = createNew(place.folder(), name, place.file);
-    if (!written) throwErrno(place.file, "can't create " + name);
+    handle_ = createNew(place.folder(), name, place.file);
+    if (!handle_) throwErrno(place.file, "can't create " + name);
   }
   try {
-    setMode(written, name, place.file);
-    writeWhole(written.get(), bytes, place.file);
-    sync(written.get(), place.file);
-    handle_ = FileDescriptor(
-        retried([&] { return ::openat(place.folder(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC); }));
-    if (!handle_) throwErrno(place.file, "can't open " + name);
-    closeWritten(std::move(written), place.file);
+    // Locked, it is not taken for a dead writer's.
+    if (retried([&] { return ::flock(handle_.get(), LOCK_EX | LOCK_NB); }) != 0 && errno != EWOULDBLOCK) {
+      throwErrno(place.file, "can't lock " + name);
+    }
+    setMode(handle_, name, place.file);
+    writeWhole(handle_.get(), bytes, place.file);
+    sync(handle_.get(), place.file);
   } catch (...) {
     tryToRemoveName(place.folder(), name);
     throw;
@@ -351,6 +383,7 @@ bool NextVersion::move(unsigned flags) const {
 }
 
 bool NextVersion::commit(const std::optional<FileVersion>& expected) {
+  const FolderLock folder(place_);
   const std::optional<FileVersion> there = place_.version();
   if (there.has_value() != expected.has_value()) return false;
   if (there && !there->hasSameContents(*expected)) return false;
@@ -359,6 +392,7 @@ bool NextVersion::commit(const std::optional<FileVersion>& expected) {
   // at.
   if (move(expected ? RENAME_EXCHANGE : RENAME_NOREPLACE)) {
     isLeft_ = false;
+    unlock(handle_);
     if (!expected) return true;
     const std::optional<FileVersion> replaced = versionAt(place_.folder(), temporaryName_, place_.file);
     if (replaced && !replaced->hasSameContents(*expected)) return putBack();
@@ -369,6 +403,7 @@ bool NextVersion::commit(const std::optional<FileVersion>& expected) {
   if (errno == ENOENT || errno == EEXIST) return false;
   if (!cannotExchange(errno) || !move(0)) throwErrno(place_.file, "can't replace it");
   isLeft_ = false;
+  unlock(handle_);
   return true;
 }
 
@@ -466,7 +501,14 @@ void removeLeftovers(const DomainPlace& place) {
     if (names.empty()) return;
     const FileDescriptor lock = openLock(place);
     if (!tryLock(lock, place)) return;
-    for (const std::string& name : names) tryToRemoveName(place.folder(), name);
+    // No writer is exchanging names, and the files of those that are writing are locked.
+    const FolderLock folder(place);
+    for (const std::string& name : names) {
+      constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+      const FileDescriptor left(retried([&] { return ::openat(place.folder(), name.c_str(), kFlags); }));
+      if (left && !tryLock(left, place)) continue;
+      tryToRemoveName(place.folder(), name);
+    }
     unlock(lock);
   } catch (const FileError&) {
     // No reason not to read the domain: the next write removes it, or says why it can't.

@@ -21,8 +21,8 @@
 //   or
 //                    replaced takes the new one. It holds a byte once the folders above it are on the device.
 //   <file>.tmp-N     the next version while it is written. N is the inode of the lock, so that no two holders share a
-//                    name, even where the lock was removed under one of them. One that is found under the lock was left
-//                    by a writer that died.
+//                    name, even where the lock was removed under one of them. It is locked (flock(2)) while it is
+//                    written; one that is not was left by a writer that died.
 //   <file>.flushed   a whole version that a former release kept. It is read where the file is torn, and removed by the
 //                    next write.
 //
