@@ -322,7 +322,7 @@ TEST_P(Cut, OfASlowDeviceLosesNothingAndItsWritersAreServedInTurn) {
   }();
   RecordedDisk disk(kind);
   Writers writers(disk);
-  disk.delayFlushes(isLongForm() ? 3s : 300ms);
+  disk.delayFlushes(isLongForm() ? 3s : 100ms);
 
   struct Caller {
     Chronicle::Place place;
@@ -342,7 +342,7 @@ TEST_P(Cut, OfASlowDeviceLosesNothingAndItsWritersAreServedInTurn) {
   ASSERT_EQ(callers.size(), 14U);
 
   const auto began = std::chrono::steady_clock::now();
-  const auto until = began + (isLongForm() ? 300s : 60s);
+  const auto until = began + (isLongForm() ? 600s : 60s);
   int ranks = 0;
   int overtaken = 0;
   int refused = 0;
