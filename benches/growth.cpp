@@ -16,7 +16,7 @@
 #include "figures.h"
 #include "frame/list_controller.h"
 #include "frame/names.h"
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "panel_on_file.h"
 #include "program.h"
 

@@ -51,7 +51,7 @@ PeerHome::PeerHome(const Place& place, Service service) : folder_(place.folder) 
 
 const std::vector<std::string>& settingsPackages() {
   static const std::vector<std::string> packages = {"libglib2.0-0", "dconf-service", "libqt6core6", "libkf5configcore5",
-                                                    "libplist3"};
+                                                    "libexpat1"};
   return packages;
 }
 

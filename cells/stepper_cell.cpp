@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 #include "frame/names.h"
@@ -85,12 +86,22 @@ void KVQuellarStepperCell::press(int direction) {
   double value = stepper_.value + (direction > 0 ? stepper_.step : -stepper_.step);
   if (stepper_.wraps && value > stepper_.maximum) value = stepper_.minimum;
   if (stepper_.wraps && value < stepper_.minimum) value = stepper_.maximum;
-  moveTo(value);
+  settleAt(value);
+}
+
+bool KVQuellarStepperCell::reaches(double value) const {
+  const double steps = std::round((value - stepper_.minimum) / stepper_.step);
+  return std::isfinite(steps) && value == stepper_.minimum + steps * stepper_.step;
 }
 
 void KVQuellarStepperCell::moveTo(double value) {
+  if (reaches(value)) settleAt(value);
+}
+
+void KVQuellarStepperCell::settleAt(double value) {
   if (held(value) == stepper_.value) return;
-  stepper_.value = held(value);
+  // A zero without a sign.
+  stepper_.value = held(value) + 0.0;
   stepperPressed();
 }
 

@@ -40,13 +40,17 @@ class KVQuellarStepperCell : public platform::PSTableCell, public std::enable_sh
 
   /// Presses the control once, up (positive) or down (negative). Does nothing at a bound, unless the stepper wraps.
   void press(int direction);
-  /// Moves the control to a value, held within the bounds, and stores it once. Does nothing where it stands there.
+  /// Whether steps lead to a value from the minimum: no fraction of one is left.
+  [[nodiscard]] bool reaches(double value) const;
+  /// Moves the control to a value, held within the bounds, and stores it once. Does nothing where it stands there, and
+  /// with a value that no steps lead to.
   void moveTo(double value);
   /// Stores the control's value and notifies.
   void stepperPressed();
 
  private:
   [[nodiscard]] double held(double value) const;
+  void settleAt(double value);
   void updateLabel();
   /// Reads the cell's copy of the page dictionary from the store.
   void loadUserDefaults();

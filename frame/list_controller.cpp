@@ -219,7 +219,8 @@ void KVQuellarListController::makeRow(const Row& row, Specifiers& list) {
         list.push_back(std::move(made));
       },
       [&](const RowFile& file) {
-        auto rows = specifiersForPlistName(file.name);
+        auto rows =
+            file.localized ? specifiersForPlistName(file.name) : loadSpecifiersFromPlistName(file.name, kBundlePath);
         if (file.firstRowOnly && rows.size() > 1) rows.resize(1);
         std::ranges::move(rows, std::back_inserter(list));
       },
@@ -432,14 +433,15 @@ std::optional<platform::Action> KVQuellarListController::actionForSelector(std::
 }
 
 void KVQuellarListController::setColorForSpecifier(PSSpecifier& specifier) {
-  const std::string key = specifier.stringForKey("colorKey");
+  const std::string& fallback = page_.colors.fallback;
+  pickColor(specifier.stringForKey("colorKey"), fallback.empty() ? specifier.stringForKey("defaultColor") : fallback);
+}
+
+void KVQuellarListController::pickColor(const std::string& key, const std::string& fallback) {
   const Value* stored = platform::find(userDefaults_, key);
   const auto* current = stored ? stored->as<std::string>() : nullptr;
-  const Colors& colors = page_.colors;
-  const std::string fallback = colors.fallback.empty() ? specifier.stringForKey("defaultColor") : colors.fallback;
-
   presentColorDialog(
-      platform::LCPParseColorString(current ? *current : fallback, fallback), colors.showAlpha,
+      platform::LCPParseColorString(current ? *current : fallback, fallback), page_.colors.showAlpha,
       [this, key](const platform::Color& color) { saveHexString(hexFromColor(color, page_.colors.showAlpha), key); });
 }
 
@@ -481,6 +483,12 @@ void KVQuellarListController::saveColors(const Post& post) {
 }
 
 void KVQuellarListController::redraw() {
+  // A hidden block comes back with new cells: theirs may show a colour that is not stored any more.
+  for (const Block& block : blocks_) {
+    for (const auto& row : block.rows) {
+      if (!indexOfSpecifier(*row)) row->setCell(nullptr);
+    }
+  }
   switch (page_.colors.redraw) {
     case Colors::Redraw::page:
       reload();

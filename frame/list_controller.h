@@ -27,6 +27,8 @@ class KVQuellarListController : public platform::PSListController {
   [[nodiscard]] const platform::Dictionary& userDefaults() const { return userDefaults_; }
   /// The rows of a dependent block.
   [[nodiscard]] const platform::Specifiers& dynamicSpecs(std::string_view name) const;
+  /// Whether the page's dictionary holds the value that shows a block.
+  [[nodiscard]] bool isOn(const Dependent& dependent) const;
 
   /// Builds every dependent block anew.
   void createDynamicSpecs();
@@ -79,6 +81,8 @@ class KVQuellarListController : public platform::PSListController {
   void readIfUnread();
   /// Takes one key's value over from the store, if it has one.
   void takeOver(const std::string& key);
+  /// Shows the colour dialog, started from the stored colour of a key, and stores the colour that is picked.
+  void pickColor(const std::string& key, const std::string& fallback);
   /// Sets a value in the page dictionary alone; nothing removes the entry.
   void setUserDefault(const std::string& key, const std::optional<Value>& value);
   /// Writes the whole page dictionary under the page's defaults key.
@@ -111,7 +115,6 @@ class KVQuellarListController : public platform::PSListController {
   bool clearOtherKeys(const std::string& key, bool value);
   [[nodiscard]] const std::string& insertionPoint(const Dependent& dependent) const;
   [[nodiscard]] bool isOn(std::string_view key) const;
-  [[nodiscard]] bool isOn(const Dependent& dependent) const;
   /// The defaults key that the page dictionary is loaded from and that colours are stored under.
   [[nodiscard]] const std::string& colorsKey() const;
   void redraw();

@@ -24,10 +24,11 @@ std::string KVQuellarLocalizer::localizedStringForKey(std::string_view key,
 const Specifiers& KVQuellarLocalizer::localizedSpecifiersForSpecifiers(const Specifiers& rows,
                                                                        const std::optional<std::string>& table) const {
   for (const auto& row : rows) {
-    if (!row->name().empty()) row->setName(localizedStringForKey(row->name(), table));
+    if (!row->name().empty() && !row->systemTexts().name) row->setName(localizedStringForKey(row->name(), table));
     if (const auto* footer = row->property<std::string>("footerText")) {
       row->setProperty("footerText", Value(localizedStringForKey(*footer, table)));
     }
+    if (row->systemTexts().titles) continue;
     for (std::string& title : row->titles()) title = localizedStringForKey(title, table);
     for (std::string& title : row->shortTitles()) title = localizedStringForKey(title, table);
   }

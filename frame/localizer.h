@@ -26,7 +26,8 @@ class KVQuellarLocalizer {
   [[nodiscard]] std::string localizedStringForKey(std::string_view key,
                                                   const std::optional<std::string>& table = std::nullopt) const;
 
-  /// Localises names, footers, titles and short titles of the rows in place; returns the same rows.
+  /// Localises names, footers, titles and short titles of the rows in place, but for those that come from the system;
+  /// returns the same rows.
   const platform::Specifiers& localizedSpecifiersForSpecifiers(
       const platform::Specifiers& rows, const std::optional<std::string>& table = std::nullopt) const;
 

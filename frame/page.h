@@ -140,6 +140,8 @@ struct Button {
 struct RowFile {
   std::string name = {};
   bool firstRowOnly = false;
+  /// Its texts go through the localizer.
+  bool localized = true;
 };
 
 struct Row;

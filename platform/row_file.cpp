@@ -97,6 +97,14 @@ std::string filledIn(std::string_view text, std::string_view with) {
   return filled.append(text);
 }
 
+/// What of a row's texts is given by the installed applications.
+PSSpecifier::SystemTexts applicationTexts(const Dictionary& item) {
+  const Value* asks = find(item, "applications");
+  if (!asks || !asks->boolValue()) return {};
+  const bool isRowForEach = text(item, "key").find("%@") != std::string::npos;
+  return {.name = isRowForEach, .titles = !isRowForEach};
+}
+
 /// An item for each application, where its key has a place for the application's identifier; else the item itself,
 /// with the applications as its choices. An item that does not ask for applications stays as it is.
 std::vector<Dictionary> expanded(const Dictionary& item, Platform& platform) {
@@ -207,6 +215,7 @@ Specifiers PSListController::loadSpecifiersFromPlistName(std::string_view name, 
         report(" is skipped: the key \"" + key + "\" stands twice");
       } else if (auto row = makeRowOfItem(each, bundlePath, report)) {
         if (!key.empty()) keys.insert(key);
+        row->setSystemTexts(applicationTexts(*item));
         rows.push_back(std::move(row));
       }
     }

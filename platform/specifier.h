@@ -103,6 +103,15 @@ class PSSpecifier : public std::enable_shared_from_this<PSSpecifier> {
   /// Numbers are compared by value, so that a real 12.0 finds an integer 12.
   [[nodiscard]] std::optional<std::size_t> indexOfValue(const Value& value) const;
 
+  /// Texts of the row that come from the system in the user's language, such as names of applications: no table of the
+  /// panel has them.
+  struct SystemTexts {
+    bool name = false;
+    bool titles = false;
+  };
+  void setSystemTexts(SystemTexts texts) { systemTexts_ = texts; }
+  [[nodiscard]] SystemTexts systemTexts() const { return systemTexts_; }
+
   /// What rows are found by: the "id" property, else the "key" property; nothing where the row has neither.
   [[nodiscard]] std::optional<std::string> identifier() const;
   /// False where the "enabled" property says so.
@@ -126,6 +135,7 @@ class PSSpecifier : public std::enable_shared_from_this<PSSpecifier> {
   std::vector<Value> values_;
   std::vector<std::string> titles_;
   std::vector<std::string> shortTitles_;
+  SystemTexts systemTexts_;
   std::shared_ptr<PSTableCell> cell_;
 };
 

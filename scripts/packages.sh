@@ -8,11 +8,13 @@ build_packages=(
   cmake
   g++
   libcli11-dev
+  libexpat1-dev
   libfontconfig-dev
   libgl-dev
-  libplist-dev
+  libicu-dev
   librsvg2-bin
   libsdbus-c++-dev
+  libwayland-dev
   ninja-build
   nlohmann-json3-dev
   pkg-config
@@ -23,6 +25,7 @@ build_packages=(
 run_packages=(
   dbus
   fonts-inter
+  libicu72
   qml6-module-qt-labs-qmlmodels
   qml6-module-qtqml
   qml6-module-qtqml-models
@@ -50,6 +53,7 @@ test_packages=(
   libplist-dev
   shellcheck
   strace
+  weston
   xvfb
 )
 

@@ -18,7 +18,7 @@
 #include <string_view>
 
 #include "host/linux/file_descriptor.h"
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "peer.h"
 
 namespace {

@@ -10,7 +10,9 @@
 #include "host/cli/commands.h"
 #include "host/cli/output.h"
 #include "host/cli/panel_host.h"
+#include "host/linux/process_start.h"
 #include "host/linux/services.h"
+#include "platform/printable.h"
 
 namespace quellar::host::cli {
 namespace {
@@ -98,7 +100,7 @@ void run(const CommandLine& line) {
 }
 
 int fail(const std::exception& error, int code) {
-  std::fprintf(stderr, "quellar: %s\n", oneLine(error.what()).c_str());
+  std::fprintf(stderr, "quellar: %s\n", platform::printable(error.what()).c_str());
   return code;
 }
 
@@ -107,6 +109,7 @@ int fail(const std::exception& error, int code) {
 
 int main(int count, char** arguments) {
   using namespace quellar::host::cli;
+  quellar::host::linux::prepareProcess();
   try {
     run(parseCommandLine(std::vector<std::string>(arguments + 1, arguments + count)));
     return 0;

@@ -5,6 +5,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
+#include <utility>
+
+#include "platform/printable.h"
 
 namespace quellar::host::cli {
 
@@ -44,6 +47,11 @@ void printArray(const headless::Json& array) {
   print(array.empty() ? "]\n" : "\n]\n");
 }
 
+void Table::add(std::vector<std::string> cells) {
+  for (std::string& cell : cells) cell = platform::printable(cell);
+  rows_.push_back(std::move(cells));
+}
+
 std::string Table::text(std::size_t indent) const {
   std::vector<std::size_t> widths;
   for (const auto& row : rows_) {
@@ -62,13 +70,6 @@ std::string Table::text(std::size_t indent) const {
     text += line + "\n";
   }
   return text;
-}
-
-std::string oneLine(std::string_view text) {
-  std::string line(text);
-  std::ranges::replace_if(
-      line, [](char each) { return static_cast<unsigned char>(each) < 0x20U || each == 0x7F; }, ' ');
-  return line;
 }
 
 }  // namespace quellar::host::cli

@@ -29,15 +29,13 @@ void printArray(const headless::Json& array);
 /// Rows of text in columns: each column is as wide as its widest cell.
 class Table {
  public:
-  void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+  /// Takes any texts; each is printable.
+  void add(std::vector<std::string> cells);
   /// The lines, each indented by so many blanks.
   [[nodiscard]] std::string text(std::size_t indent = 0) const;
 
  private:
   std::vector<std::vector<std::string>> rows_;
 };
-
-/// One line, whatever the text holds: control characters, line ends among them, become blanks.
-[[nodiscard]] std::string oneLine(std::string_view text);
 
 }  // namespace quellar::host::cli

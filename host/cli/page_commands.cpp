@@ -3,11 +3,13 @@
 #include <cstdint>
 
 #include "frame/list_controller.h"
+#include "frame/page_walk.h"
 #include "frame/row_value.h"
 #include "host/cli/commands.h"
 #include "host/cli/output.h"
 #include "host/cli/page_rows.h"
 #include "host/headless/row_json.h"
+#include "platform/printable.h"
 
 namespace quellar::host::cli {
 
@@ -26,14 +28,14 @@ std::string shownText(PSSpecifier& row) {
   if (const auto choice = row.indexOfValue(*shown); choice && *choice < row.titles().size()) {
     return row.titles()[*choice];
   }
-  if (const auto* text = shown->as<std::string>()) return oneLine(*text);
+  if (const auto* text = shown->as<std::string>()) return *text;
   return headless::dump(headless::toJson(*shown));
 }
 
 /// What names the row for the other commands: its key, or the page that it opens.
 std::string nameForCommands(const PSSpecifier& row, const PanelHost& host) {
-  if (const auto key = row.identifier()) return *key;
-  if (const auto colorKey = row.stringForKey("colorKey"); !colorKey.empty()) return colorKey;
+  if (const auto id = row.identifier()) return *id;
+  if (const auto key = frame::keyOf(row)) return shownKey(*key);
   const auto* page = host.registry().find(row.detailControllerClass());
   return page ? "-> " + page->name : "";
 }
@@ -82,14 +84,14 @@ void printRows(const RowsCommand& command, PanelHost& host) {
   std::string heading;
   for (const auto& row : page->specifiers()) {
     if (row->cellType() == PSCellType::PSGroupCell) {
-      heading += "\n" + (row->name().empty() ? "" : oneLine(row->name()) + "\n");
+      heading += "\n" + (row->name().empty() ? "" : platform::printable(row->name()) + "\n");
       continue;
     }
     headings.push_back(std::exchange(heading, ""));
-    table.add({oneLine(row->name()), shownText(*row), nameForCommands(*row, host)});
+    table.add({row->name(), shownText(*row), nameForCommands(*row, host)});
   }
   std::string lines = table.text(2);
-  std::string text = page->title() + "\n";
+  std::string text = platform::printable(page->title()) + "\n";
   for (const auto& each : headings) {
     const std::size_t end = lines.find('\n') + 1;
     text += each + lines.substr(0, end);

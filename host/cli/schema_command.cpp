@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
+#include "frame/schema.h"
 #include "host/cli/commands.h"
 #include "host/cli/output.h"
-#include "host/cli/schema.h"
+#include "host/cli/page_rows.h"
 #include "host/headless/json.h"
+#include "platform/printable.h"
 
 namespace quellar::host::cli {
 
+using frame::SchemaKey;
 using headless::dump;
 using headless::Json;
 using headless::toJson;
@@ -56,8 +59,8 @@ std::string joined(const std::vector<std::string>& names) {
 }
 
 std::vector<std::string> cells(const SchemaKey& key) {
-  return {key.key,     key.type,  key.byDefault ? dump(toJson(*key.byDefault)) : "",
-          limits(key), key.label, joined(key.posts)};
+  return {shownKey(key.key), key.type,  key.byDefault ? dump(toJson(*key.byDefault)) : "",
+          limits(key),       key.label, joined(key.posts)};
 }
 
 std::string escaped(const std::string& text) {
@@ -66,7 +69,7 @@ std::string escaped(const std::string& text) {
     if (each == '|' || each == '\\') result += '\\';
     result += each;
   }
-  return oneLine(result);
+  return platform::printable(result);
 }
 
 std::string titleOf(const frame::PageRegistry::Entry& entry) {
@@ -80,7 +83,7 @@ void printSchema(const SchemaCommand& command, PanelHost& host) {
   Json all = Json::array();
   if (command.form == Form::Markdown) print(kIntroduction);
   for (const auto& entry : host.registry().entries()) {
-    const auto keys = schemaOf(*entry.page, host.platform());
+    const auto keys = frame::schemaOf(*entry.page, host.platform());
     if (command.form == Form::Json) {
       for (const auto& key : keys) all.push_back(keyJson(key));
       continue;
@@ -98,7 +101,7 @@ void printSchema(const SchemaCommand& command, PanelHost& host) {
     } else {
       Table table;
       for (const auto& key : keys) table.add(cells(key));
-      print(titleOf(entry) + "\n" + table.text(2) + "\n");
+      print(platform::printable(titleOf(entry)) + "\n" + table.text(2) + "\n");
     }
   }
   if (command.form == Form::Json) printArray(all);

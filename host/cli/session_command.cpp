@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 
 #include "host/cli/commands.h"
 #include "host/cli/output.h"
 #include "host/headless/session.h"
+#include "host/linux/posix_call.h"
 
 namespace quellar::host::cli {
 
@@ -17,23 +22,32 @@ constexpr std::chrono::seconds kBusLimit{1};
 
 class StandardInput {
  public:
-  StandardInput() = default;
-  ~StandardInput() { std::free(line_); }
-  StandardInput(const StandardInput&) = delete;
-  StandardInput& operator=(const StandardInput&) = delete;
-
-  /// The next line without its line feed, valid until the next call; nothing at the end.
+  /// The next line without its line feed, valid until the next call; nothing at the end. Of a line that no session
+  /// takes only so much is kept as shows it.
   std::optional<std::string_view> nextLine() {
-    const ssize_t length = ::getline(&line_, &capacity_, stdin);
-    if (length < 0) return std::nullopt;
-    std::string_view line(line_, static_cast<std::size_t>(length));
-    if (line.ends_with('\n')) line.remove_suffix(1);
-    return line;
+    line_.clear();
+    bool begun = false;
+    while (!unread_.empty() || fill()) {
+      begun = true;
+      const std::size_t end = std::min(unread_.find('\n'), unread_.size());
+      line_ += unread_.substr(0, std::min(end, headless::kLongestLine + 1 - line_.size()));
+      const bool ended = end < unread_.size();
+      unread_.remove_prefix(ended ? end + 1 : end);
+      if (ended) return line_;
+    }
+    return begun ? std::optional<std::string_view>(line_) : std::nullopt;
   }
 
  private:
-  char* line_ = nullptr;
-  std::size_t capacity_ = 0;
+  bool fill() {
+    const auto count = linux::retried([this] { return ::read(STDIN_FILENO, bytes_.data(), bytes_.size()); });
+    unread_ = {bytes_.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+    return count > 0;
+  }
+
+  std::array<char, 65536> bytes_{};
+  std::string_view unread_;
+  std::string line_;
 };
 
 }  // namespace

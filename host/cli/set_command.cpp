@@ -31,10 +31,10 @@ using platform::Value;
 namespace {
 
 /// How long a slow bus may take for what was posted.
-constexpr std::chrono::seconds kBusLimit{2};
+constexpr std::chrono::seconds kBusFlushLimit{2};
 
 [[noreturn]] void refuse(const SetCommand& command, const std::string& takes) {
-  throw UsageError("\"" + command.value + "\" is no value for " + command.key + "; it takes " + takes);
+  throw UsageError("\"" + command.value + "\" is no value for " + shownKey(command.key) + "; it takes " + takes);
 }
 
 std::optional<double> numberOf(std::string_view text) {
@@ -113,20 +113,19 @@ Change changeOf(platform::PSListController& page, PSSpecifier& row, const SetCom
       auto& cell = dynamic_cast<KVQuellarStepperCell&>(*row.cell());
       const auto& stepper = cell.stepper();
       const auto number = numberOf(command.value);
-      const double steps = number ? (*number - stepper.minimum) / stepper.step : 0.5;
-      const bool isReached = std::abs(steps - std::round(steps)) < 1e-9;
-      if (!number || *number < stepper.minimum || *number > stepper.maximum || !isReached) {
+      if (!number || *number < stepper.minimum || *number > stepper.maximum || !cell.reaches(*number)) {
         refuse(command, range(stepper.minimum, stepper.maximum) + " in steps of " + dump(stepper.step));
       }
       return [&cell, number] { cell.moveTo(*number); };
     }
     case Control::text:
-      if (!linux::isUtf8(command.value)) throw UsageError("the value for " + command.key + " is no UTF-8 text");
+      if (!linux::isUtf8(command.value))
+        throw UsageError("the value for " + shownKey(command.key) + " is no UTF-8 text");
       return [&] { page.userSetsValue(row, command.value); };
     case Control::color: {
       page.userTapsRow(*page.indexOfSpecifier(row));
       const auto& dialog = navigation.dialog();
-      if (!dialog || !dialog->color) throw Failure(command.key + ": the page shows no color dialog for it");
+      if (!dialog || !dialog->color) throw Failure(shownKey(command.key) + ": the page shows no color dialog for it");
       return [&, color = colorOf(command, dialog->color->showAlpha)] { navigation.completeColorDialog(color); };
     }
     case Control::group:
@@ -136,7 +135,7 @@ Change changeOf(platform::PSListController& page, PSSpecifier& row, const SetCom
     case Control::staticText:
       break;
   }
-  throw UsageError(command.key + " belongs to a row that has no control for it");
+  throw UsageError(shownKey(command.key) + " belongs to a row that has no control for it");
 }
 
 /// A page that is ready for the command, and what carries it out.
@@ -154,11 +153,11 @@ PreparedChange prepare(const SetCommand& command, linux::Services& services, Pan
   const auto& entry = prepared.host->entryNamed(command.page);
   prepared.keepsDictionary = !entry.page->defaultsKey.empty();
   prepared.page = prepared.host->makePage(entry);
-  const KeyedRow found = rowOfKey(*prepared.page, command.key);
-  if (!found.hidden.empty()) {
-    throw UsageError("the row of " + command.key + " is hidden now; " + found.hidden + " to show it");
+  const auto found = rowOfKey(*prepared.page, command.key);
+  if (found.isUnreachable || !found.steps.empty()) {
+    throw UsageError(whyHidden(found, dynamic_cast<frame::KVQuellarListController&>(*prepared.page), *prepared.host));
   }
-  if (!found.row->enabled()) throw UsageError("the row of " + command.key + " is disabled on this device");
+  if (!found.row->enabled()) throw UsageError("the row of " + shownKey(command.key) + " is disabled on this device");
   // The page is not shown, but it observes what its rows post, and the row has its control.
   prepared.page->loadView();
   prepared.page->reloadSpecifier(*found.row);
@@ -188,7 +187,7 @@ void setValue(const SetCommand& command, linux::Services& services, PanelHost::D
   const int watch = loop.watch(bus.descriptor(), POLLIN, [&bus](short) { bus.process(); });
   loop.runUntilIdle();
   loop.unwatch(watch);
-  bus.flush(kBusLimit);
+  bus.flush(kBusFlushLimit);
 }
 
 }  // namespace

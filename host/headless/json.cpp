@@ -8,6 +8,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <limits>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "platform/printable.h"
 
 namespace quellar::host::headless {
 
@@ -37,7 +43,7 @@ void append(std::string& text, const Json& json) {
     for (const auto& [key, value] : json.items()) {
       if (!first) text += ',';
       first = false;
-      text += Json(key).dump();
+      append(text, Json(key));
       text += ':';
       append(text, value);
     }
@@ -54,7 +60,7 @@ void append(std::string& text, const Json& json) {
   } else if (json.is_number_float()) {
     text += formatted(json.get<double>());
   } else {
-    text += json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    text += platform::printable(json.dump(-1, ' ', false, Json::error_handler_t::replace));
   }
 }
 
@@ -97,7 +103,92 @@ std::string iso8601(double secondsSince2001) {
   return text + "Z";
 }
 
+/// Builds JSON from what its reader finds. The library's own way looks for each key among all before it, copies what is
+/// nested whenever an object grows, and knows no bound of the depth.
+class Builder final : public nlohmann::json_sax<Json> {
+ public:
+  bool null() override { return add(nullptr); }
+  bool boolean(bool value) override { return add(value); }
+  bool number_integer(number_integer_t value) override { return add(value); }
+  bool number_unsigned(number_unsigned_t value) override { return add(value); }
+  bool number_float(number_float_t value, const string_t& /*written*/) override { return add(value); }
+  bool string(string_t& value) override { return add(std::move(value)); }
+  bool binary(binary_t& /*value*/) override { return false; }
+  bool start_object(std::size_t /*elements*/) override { return open(true); }
+  bool start_array(std::size_t /*elements*/) override { return open(false); }
+  bool key(string_t& name) override {
+    Level& level = levels_.back();
+    const auto [entry, isNew] = level.places.try_emplace(name, level.keys.size());
+    level.place = entry->second;
+    if (!isNew) return true;
+    level.keys.push_back(std::move(name));
+    level.values.emplace_back();
+    return true;
+  }
+  bool end_object() override {
+    Level level = close();
+    Json::object_t object;
+    // A key is constant, so that an object that outgrew its room would copy all that it holds.
+    object.reserve(level.keys.size());
+    for (std::size_t place = 0; place < level.keys.size(); ++place) {
+      object.emplace_back(std::move(level.keys[place]), std::move(level.values[place]));
+    }
+    return add(std::move(object));
+  }
+  bool end_array() override { return add(Json::array_t(close().values)); }
+  bool parse_error(std::size_t /*position*/, const std::string& /*last*/,
+                   const nlohmann::detail::exception& /*error*/) override {
+    return false;
+  }
+
+  [[nodiscard]] bool tooDeep() const { return tooDeep_; }
+  [[nodiscard]] Json take() { return std::move(result_); }
+
+ private:
+  /// An object or array that is not closed yet.
+  struct Level {
+    bool isObject = false;
+    std::vector<Json> values;
+    /// Of an object.
+    std::vector<std::string> keys;
+    std::unordered_map<std::string, std::size_t> places;
+    /// Of the key that was read last.
+    std::size_t place = 0;
+  };
+
+  bool open(bool isObject) {
+    tooDeep_ = levels_.size() == kDeepestJson;
+    if (!tooDeep_) levels_.emplace_back().isObject = isObject;
+    return !tooDeep_;
+  }
+  Level close() {
+    Level level = std::move(levels_.back());
+    levels_.pop_back();
+    return level;
+  }
+  bool add(Json value) {
+    if (levels_.empty()) {
+      result_ = std::move(value);
+    } else if (Level& level = levels_.back(); level.isObject) {
+      level.values[level.place] = std::move(value);
+    } else {
+      level.values.push_back(std::move(value));
+    }
+    return true;
+  }
+
+  std::vector<Level> levels_;
+  Json result_;
+  bool tooDeep_ = false;
+};
+
 }  // namespace
+
+std::variant<Json, NoJson> parseJson(std::string_view text) {
+  Builder builder;
+  if (Json::sax_parse(text, &builder)) return builder.take();
+  return builder.tooDeep() ? NoJson::tooDeep : NoJson::malformed;
+}
 
 std::string dump(const Json& json) {
   std::string text;

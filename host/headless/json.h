@@ -2,9 +2,12 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <variant>
 
 #include "platform/specifier.h"
 #include "platform/value.h"
@@ -14,8 +17,18 @@ namespace quellar::host::headless {
 /// JSON whose fields keep the order in which they were set.
 using Json = nlohmann::ordered_json;
 
-/// One line of text without the line end. A real is printed with a point or an exponent, in the shortest form that
-/// reads back to the same double.
+/// Deeper JSON is not read.
+inline constexpr std::size_t kDeepestJson = 128;
+
+/// Why a text is not read as JSON.
+enum class NoJson { malformed, tooDeep };
+
+/// Reads a text in time that grows with its length alone. Of two fields of one name the last value serves, at the
+/// place of the first.
+[[nodiscard]] std::variant<Json, NoJson> parseJson(std::string_view text);
+
+/// One line of text without the line end, in which a terminal acts on no character. A real is printed with a point or
+/// an exponent, in the shortest form that reads back to the same double.
 [[nodiscard]] std::string dump(const Json& json);
 
 /// A time or duration in seconds, the unit of all times in JSON.

@@ -166,8 +166,13 @@ void Session::feed(std::string_view line) {
 }
 
 Json Session::run(std::string_view line) {
-  const Json fields = Json::parse(line, nullptr, false);
-  if (fields.is_discarded()) throw CommandError("the line is not JSON");
+  if (line.size() > kLongestLine) throw CommandError("the line is longer than 1 MiB");
+  const auto parsed = parseJson(line);
+  if (const auto* why = std::get_if<NoJson>(&parsed)) {
+    throw CommandError(*why == NoJson::malformed ? std::string("the line is not JSON")
+                                                 : "the line is nested deeper than " + std::to_string(kDeepestJson));
+  }
+  const Json& fields = std::get<Json>(parsed);
   if (!fields.is_object()) throw CommandError("the line is no JSON object");
   const std::string name = stringField(fields, "do");
   const auto command = std::ranges::find(commands(), name, &Command::name);

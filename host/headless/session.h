@@ -12,6 +12,9 @@
 
 namespace quellar::host::headless {
 
+/// A longer line is refused as a whole.
+inline constexpr std::size_t kLongestLine = std::size_t{1} << 20U;
+
 /// The scripted session: the real pages, driven by one JSON object a line.
 ///
 /// Each line fed gives zero or more event lines, in the order in which things happen, then exactly one closing line:
@@ -27,7 +30,8 @@ class Session {
   /// The services must outlive the session. Posts reach their centres, where they have them, and the output.
   Session(const DeviceOptions& device, Services services, Output output, FailedWrite failedWrite = {});
 
-  /// Runs the command of one line of input, without its line end.
+  /// Runs the command of one line of input, without its line end. Of a line that is longer than kLongestLine no more
+  /// than one byte beyond it is needed.
   void feed(std::string_view line);
 
   /// What the session drives.

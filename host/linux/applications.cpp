@@ -2,18 +2,16 @@
 #include "host/linux/applications.h"
 
 #include <fcntl.h>
-#include <locale.h>
 #include <sys/stat.h>
-#include <wctype.h>
 
 #include <algorithm>
 #include <map>
-#include <memory>
 #include <optional>
 #include <set>
 #include <string_view>
 #include <utility>
 
+#include "host/linux/collation.h"
 #include "host/linux/file_descriptor.h"
 #include "host/linux/posix_call.h"
 #include "host/linux/utf8.h"
@@ -69,7 +67,8 @@ std::string unescaped(std::string_view value) {
   return text;
 }
 
-// What the group "Desktop Entry" says; nothing where there is no such group or no name that can be shown.
+// What the group "Desktop Entry" says; nothing where there is no such group, or neither a name that can be shown nor a
+// word that hides the entry.
 std::optional<Entry> parseEntry(std::string_view text, const std::vector<std::string>& nameKeys) {
   Entry entry;
   bool inGroup = false;
@@ -99,7 +98,9 @@ std::optional<Entry> parseEntry(std::string_view text, const std::vector<std::st
       }
     }
   }
-  if (!inGroup || entry.name.empty() || !isUtf8(entry.name)) return std::nullopt;
+  if (!inGroup) return std::nullopt;
+  // One that only hides another needs no name.
+  if (!entry.isHidden && (entry.name.empty() || !isUtf8(entry.name))) return std::nullopt;
   return entry;
 }
 
@@ -153,31 +154,6 @@ class Collector {
   std::set<std::pair<dev_t, ino_t>> visited_;
 };
 
-// Lower case of all scripts, whatever the locale of the process.
-class CaseFolding {
- public:
-  CaseFolding() : locale_(::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {}
-  CaseFolding(const CaseFolding&) = delete;
-  CaseFolding& operator=(const CaseFolding&) = delete;
-  ~CaseFolding() {
-    if (locale_ != nullptr) ::freelocale(locale_);
-  }
-
-  [[nodiscard]] std::u32string folded(std::string_view text) const {
-    std::u32string result;
-    while (!text.empty()) {
-      const Utf8Character character = firstCharacter(text);
-      const auto wide = static_cast<wint_t>(character.codePoint);
-      result += static_cast<char32_t>(locale_ == nullptr ? ::towlower(wide) : ::towlower_l(wide, locale_));
-      text.remove_prefix(character.length);
-    }
-    return result;
-  }
-
- private:
-  locale_t locale_;
-};
-
 }  // namespace
 
 std::vector<std::filesystem::path> dataFolders(const Environment& environment) {
@@ -201,7 +177,7 @@ std::vector<std::filesystem::path> dataFolders(const Environment& environment) {
 
 DesktopApplications::DesktopApplications(std::vector<std::filesystem::path> dataFolders,
                                          const std::vector<std::string>& languages)
-    : dataFolders_(std::move(dataFolders)) {
+    : dataFolders_(std::move(dataFolders)), language_(languages.empty() ? "" : languages.front()) {
   for (const std::string& language : languages) {
     for (const std::string& variant : localeVariants(language)) nameKeys_.push_back("Name[" + variant + "]");
   }
@@ -214,19 +190,15 @@ std::vector<platform::Application> DesktopApplications::installedApplications() 
     Collector(entries, nameKeys_).collect(folder / "applications", "");
   }
 
-  const CaseFolding caseFolding;
-  std::vector<std::pair<std::u32string, platform::Application>> sorted;
+  std::vector<platform::Application> applications;
   for (auto& [identifier, entry] : entries) {
     if (!entry.isApplication || entry.isHidden) continue;
-    std::u32string folded = caseFolding.folded(entry.name);
-    sorted.emplace_back(std::move(folded),
-                        platform::Application{.identifier = identifier, .name = std::move(entry.name)});
+    applications.push_back({.identifier = identifier, .name = std::move(entry.name)});
   }
+  const Collation collation(language_);
   // The map gave them in the order of their ids, which stays for equal names.
-  std::ranges::stable_sort(sorted, {}, [](const auto& item) -> const std::u32string& { return item.first; });
-  std::vector<platform::Application> applications;
-  applications.reserve(sorted.size());
-  for (auto& [folded, application] : sorted) applications.push_back(std::move(application));
+  std::ranges::stable_sort(
+      applications, [&](const auto& left, const auto& right) { return collation.compare(left.name, right.name) < 0; });
   return applications;
 }
 

@@ -18,7 +18,8 @@ namespace quellar::host::linux {
 /// The applications of the desktop entries in the "applications" folders of data folders, after the Desktop Entry
 /// Specification: the entry of an earlier folder replaces one of the same id in a later one, also where it only hides
 /// it; Hidden and NoDisplay entries and those that are no applications are left out, and so are files that can't be
-/// read as a desktop entry. Sorted by name without regard to case, then by id. The folders are read with each call.
+/// read as a desktop entry. Sorted by name as the user's language sorts,
+/// without regard to case, then by id. The folders are read with each call.
 class DesktopApplications final : public platform::Applications {
  public:
   /// Takes the data folders, the first one counting most, and the user's languages as `userLanguages` gives them.
@@ -28,6 +29,8 @@ class DesktopApplications final : public platform::Applications {
 
  private:
   std::vector<std::filesystem::path> dataFolders_;
+  /// The user's first language, whose order of words is that of the list.
+  std::string language_;
   /// The names of localised keys, best first: "Name[pt_BR]", "Name[pt]", "Name".
   std::vector<std::string> nameKeys_;
 };

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <utility>
 
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "host/linux/string_table.h"
 
 namespace quellar::host::linux {
@@ -163,6 +163,11 @@ std::optional<BundleResources::ImageFile> BundleResources::imageFile(const Image
     }
   }
   return std::nullopt;
+}
+
+std::optional<std::string> BundleResources::imageBytes(const Image& image, double scale) const {
+  const auto file = imageFile(image, scale);
+  return file ? contents(pathAtScale(image.path, file->scale), kImageSizeLimit) : std::nullopt;
 }
 
 std::optional<std::string> BundleResources::contents(const std::string& path, std::size_t limit) const {

@@ -15,6 +15,9 @@
 
 namespace quellar::host::linux {
 
+/// Larger pictures are not read.
+inline constexpr std::size_t kImageSizeLimit = std::size_t{16} * 1024 * 1024;
+
 /// Files of the device root and what bundles hold: images, string tables, row files. Files are read only.
 class BundleResources final : public platform::Bundles, public platform::Files {
  public:
@@ -48,6 +51,9 @@ class BundleResources final : public platform::Bundles, public platform::Files {
   /// The file of an image that suits a screen of `scale` pixels a point: the one of that scale, else the next finer,
   /// else the finest; nothing where there is none.
   [[nodiscard]] std::optional<ImageFile> imageFile(const platform::Image& image, double scale) const;
+  /// The bytes of that file; nothing, and a report, where it can't be read or is larger than kImageSizeLimit. Nothing
+  /// outside of the device root and the bundle's folders is opened, whatever happens to the path meanwhile.
+  [[nodiscard]] std::optional<std::string> imageBytes(const platform::Image& image, double scale) const;
 
   /// True where the settings bundle's texts run from right to left.
   [[nodiscard]] bool isRightToLeft();

@@ -110,15 +110,7 @@ void FilePreferences::adopt(std::string_view domainName, const WrittenVersion& w
   if (!isNext || !isKnown) return;
   FileDescriptor handle(::fcntl(written.handle.get(), F_DUPFD_CLOEXEC, 3));
   if (!handle) return;
-  // Where this fails half-way the file is read again.
-  domain.version.reset();
-  for (const auto& [key, value] : written.values) {
-    if (value) {
-      domain.entries.set(key, *value);
-    } else {
-      domain.entries.remove(key);
-    }
-  }
+  domain.entries = written.entries;
   ++domain.generation;
   domain.handle = std::move(handle);
   domain.hash = written.hash;
@@ -353,34 +345,22 @@ std::optional<WrittenVersion> FilePreferences::tryToStore(Domain& domain, const 
   // What was read may lie under the other name of /var, which is not replaced. Any other file was put there since.
   if (replaced && replaced != domain.version) return std::nullopt;
 
-  WrittenVersion written;
+  PropertyListDictionary entries = domain.entries;
   bool losesValue = false;
   for (const PreferenceChange& change : changes) {
     const std::optional<Value> former = domain.entries.value(change.key);
     std::optional<Value> value = change.value;
     if (change.merges) value = mergedValue(change.base, change.value, former, change.precedence);
     if (value && value->is<Dictionary>() && former && !former->is<Dictionary>()) losesValue = true;
-    written.values.insert_or_assign(change.key, std::move(value));
-  }
-
-  // From here on `entries` is ahead of the file; where the write fails it is read anew.
-  struct Rollback {
-    Domain& domain;
-    bool isDone = false;
-    ~Rollback() {
-      if (!isDone) domain.version.reset();
+    if (value) {
+      entries.set(change.key, *value);
+    } else {
+      entries.remove(change.key);
     }
-  } rollback{domain};
+  }
   const bool isTorn = domain.state == Domain::State::Recovered || domain.state == Domain::State::Corrupt;
   const bool wasRecovered = domain.state == Domain::State::Recovered;
-  for (const auto& [key, value] : written.values) {
-    if (value) {
-      domain.entries.set(key, *value);
-    } else {
-      domain.entries.remove(key);
-    }
-  }
-  const EncodedPropertyList encoded = domain.entries.encode();
+  const EncodedPropertyList encoded = entries.encode();
   NextVersion next(place, lock, encoded.bytes());
 
   std::optional<SafetyCopy> corruptCopy;
@@ -402,11 +382,11 @@ std::optional<WrittenVersion> FilePreferences::tryToStore(Domain& domain, const 
   }
   if (!next.commit(replaced)) return std::nullopt;
 
-  // The value is in the file for all.
-  rollback.isDone = true;
+  // The value is in the file for all. Where what follows fails, the file is read again.
   const StoreTrouble damage = domain.trouble;
   domain.version.reset();
   ++domain.generation;
+  domain.entries = entries;
   domain.handle = next.takeHandle();
   domain.hash = std::hash<std::string_view>()(encoded.bytes());
   domain.state = Domain::State::Whole;
@@ -421,11 +401,11 @@ std::optional<WrittenVersion> FilePreferences::tryToStore(Domain& domain, const 
   const FileVersion version = versionOf(domain.handle.get(), place.file);
   domain.mayChangeUnseen = version.age() < kFileClockTick;
   domain.version = version;
-  written.replaced = replaced;
-  written.version = version;
-  written.hash = domain.hash;
-  written.handle = FileDescriptor(::fcntl(domain.handle.get(), F_DUPFD_CLOEXEC, 3));
-  return written;
+  return WrittenVersion{.replaced = replaced,
+                        .version = version,
+                        .handle = FileDescriptor(::fcntl(domain.handle.get(), F_DUPFD_CLOEXEC, 3)),
+                        .hash = domain.hash,
+                        .entries = std::move(entries)};
 }
 
 /// Remembers a value that could not be written.

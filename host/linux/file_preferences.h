@@ -13,7 +13,7 @@
 #include "host/linux/device_root.h"
 #include "host/linux/dictionary_merge.h"
 #include "host/linux/domain_file.h"
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "platform/ports.h"
 
 namespace quellar::host::linux {
@@ -67,8 +67,8 @@ struct WrittenVersion {
   /// Holds the new file open, so that its version stays its own.
   FileDescriptor handle;
   std::size_t hash = 0;
-  /// The changed keys, with what they hold now.
-  std::map<std::string, std::optional<platform::Value>, std::less<>> values;
+  /// All that the file holds.
+  PropertyListDictionary entries;
 };
 
 /// The preferences store: one property-list file a domain, /var/mobile/Library/Preferences/<domain>.plist in the

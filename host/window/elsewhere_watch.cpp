@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/window/elsewhere_watch.h"
 
-#include <memory>
+#include <algorithm>
 #include <utility>
 
 #include "frame/list_controller.h"
@@ -9,11 +9,20 @@
 
 namespace quellar::host::window {
 
-ElsewhereWatch::ElsewhereWatch(SeenPreferences& preferences, std::function<QStringList()> folders,
-                               const platform::NavigationController& navigation)
+namespace {
+
+/// How soon it is looked again whether the user has let go.
+constexpr int kRetryMilliseconds = 50;
+
+}  // namespace
+
+ElsewhereWatch::ElsewhereWatch(linux::BackgroundPreferences& preferences, std::function<QStringList()> folders,
+                               platform::NavigationController& navigation)
     : preferences_(preferences), folders_(std::move(folders)), navigation_(navigation) {
   due_.setSingleShot(true);
+  retry_.setInterval(kRetryMilliseconds);
   connect(&due_, &QTimer::timeout, this, &ElsewhereWatch::check);
+  connect(&retry_, &QTimer::timeout, this, &ElsewhereWatch::check);
   connect(&watcher_, &QFileSystemWatcher::directoryChanged, this, &ElsewhereWatch::checkSoon);
   preferences_.setListener([this] { checkSoon(); });
   watchFolders();
@@ -29,8 +38,47 @@ void ElsewhereWatch::checkSoon() {
 
 void ElsewhereWatch::check() {
   watchFolders();
-  const auto page = std::dynamic_pointer_cast<frame::KVQuellarListController>(navigation_.topViewController());
-  const bool changed = page && preferences_.changedElsewhere(page->page().defaultsKey, frame::kSettingsDomain);
+  const auto places = preferences_.changedElsewhere();
+  if (places.empty()) return setChanged(false);
+  if (isInUse()) return setChanged(concernsPages(places));
+  rebuildPages();
+  setChanged(false);
+}
+
+/// A page keeps its values under its keys of the settings domain; what lies in other domains is of the first page.
+bool ElsewhereWatch::concernsPages(const std::vector<linux::BackgroundPreferences::Place>& places) const {
+  const auto concerns = [&](const frame::Page& page) {
+    return std::ranges::any_of(places, [&](const auto& place) {
+      const auto& [domain, key] = place;
+      return domain != frame::kSettingsDomain || key == page.defaultsKey || key == page.colors.defaultsKey;
+    });
+  };
+  return std::ranges::any_of(navigation_.viewControllers(), [&](const auto& controller) {
+    const auto* page = dynamic_cast<const frame::KVQuellarListController*>(controller.get());
+    return page && concerns(page->page());
+  });
+}
+
+bool ElsewhereWatch::isInUse() const {
+  return navigation_.dialog() || navigation_.keyboardVisible() || (isHeld_ && isHeld_());
+}
+
+void ElsewhereWatch::rebuildPages() {
+  // A page may read what another one keeps, so that all are rebuilt.
+  for (const auto& controller : navigation_.viewControllers()) {
+    if (auto* page = dynamic_cast<frame::KVQuellarListController*>(controller.get())) page->reloadUserDefaults();
+  }
+  preferences_.acceptChanges();
+  emit rebuilt();
+}
+
+void ElsewhereWatch::setChanged(bool changed) {
+  // What does not concern the pages now may concern them once they are let go.
+  if (preferences_.changedElsewhere().empty()) {
+    retry_.stop();
+  } else {
+    retry_.start();
+  }
   if (changed == changed_) return;
   changed_ = changed;
   emit changedChanged();

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "host/window/image_provider.h"
 
+#include <QBuffer>
 #include <QImageReader>
 #include <QPainter>
 #include <QPolygonF>
 #include <QStringList>
+#include <utility>
 
 #include "cells/color_preview_cell.h"
 #include "host/window/image_address.h"
+#include "host/window/picture_rules.h"
 
 namespace quellar::host::window {
 
@@ -33,13 +36,13 @@ QImage inColor(QImage image, const QColor& color) {
 
 QImage PlatformImageProvider::requestImage(const QString& id, QSize* size, const QSize& requestedSize) {
   const auto named = namedImage(id);
-  const auto file = named ? find_(platform::Image{named->path, std::nullopt}, scale_) : std::nullopt;
+  auto bytes = named ? read_(platform::Image{named->path, std::nullopt}, scale_) : std::nullopt;
   QImage image;
-  if (file) {
-    // The contents tell the format, whatever the name says.
-    QImageReader reader(*file);
-    reader.setDecideFormatFromContent(true);
-    image = reader.read();
+  if (bytes) {
+    QBuffer buffer;
+    buffer.setData(QByteArray::fromStdString(*std::exchange(bytes, std::nullopt)));
+    QImageReader reader(&buffer);
+    if (!whyNoPicture(reader)) image = reader.read();
   }
   if (image.isNull()) image = emptyImage();
   if (size) *size = image.size();

@@ -4,26 +4,27 @@
 #include <QQuickImageProvider>
 #include <functional>
 #include <optional>
+#include <string>
 
 #include "platform/ports.h"
 
 namespace quellar::host::window {
 
-/// Finds the file of an image that suits a screen of so many pixels a point; nothing where there is none.
-using ImageFinder = std::function<std::optional<QString>(const platform::Image& image, double scale)>;
+/// Reads the bytes of an image's file that suits a screen of so many pixels a point; nothing where there is none.
+using ImageReader = std::function<std::optional<std::string>(const platform::Image& image, double scale)>;
 
 /// The images of the platform ("image://platform/...", see imageAddress), whole or as a mask in one colour. An image
-/// that can't be read is empty.
+/// that can't be read, or is no PNG or JPEG picture, is empty.
 class PlatformImageProvider final : public QQuickImageProvider {
  public:
   /// Takes the pixels a point of the screen.
-  PlatformImageProvider(ImageFinder find, double scale)
-      : QQuickImageProvider(Image), find_(std::move(find)), scale_(scale) {}
+  PlatformImageProvider(ImageReader read, double scale)
+      : QQuickImageProvider(Image), read_(std::move(read)), scale_(scale) {}
 
   QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
 
  private:
-  ImageFinder find_;
+  ImageReader read_;
   double scale_;
 };
 

@@ -13,15 +13,19 @@
 #include <system_error>
 #include <thread>
 
+#include "host/linux/process_start.h"
 #include "host/window/opening.h"
 #include "host/window/options.h"
 #include "host/window/pictures.h"
 #include "host/window/settings_window.h"
+#include "host/window/wayland_seat.h"
 #include "host/window/window_platform.h"
+#include "platform/printable.h"
 
 namespace {
 
 using namespace quellar::host::window;
+using quellar::platform::printable;
 
 // The toolkit aborts where it has no display to work on; a user gets one clear line instead.
 void tellNoDisplay(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*message*/) {
@@ -62,7 +66,7 @@ int drawPictures(const Options& options) {
     std::cout << files.size() << " pictures in " << *options.pictures << std::endl;
     return 0;
   } catch (const std::exception& error) {
-    std::cerr << "quellar-settings: " << error.what() << std::endl;
+    std::cerr << "quellar-settings: " << printable(error.what()) << std::endl;
     return 1;
   }
 }
@@ -77,7 +81,7 @@ int runWindow(const Options& options) {
   SettingsWindow* shown = nullptr;
   const auto tell = [&shown](const quellar::host::linux::StoreTrouble& trouble) {
     const std::string text = trouble.file + ": " + trouble.cause;
-    std::cerr << "quellar-settings: " << text << std::endl;
+    std::cerr << "quellar-settings: " << printable(text) << std::endl;
     // The store tells some troubles on its own thread, and some before the window is there.
     QMetaObject::invokeMethod(
         qApp,
@@ -103,14 +107,14 @@ int runWindow(const Options& options) {
   const auto& pages = panel.pages();
   const auto& entry = options.page ? *pages.find(*options.page) : pages.entries().front();
   openPage(panel.platform(), panel.pages(), entry);
-  std::optional<std::string> row;
+  std::optional<quellar::frame::FoundRow> row;
   if (options.key) {
-    row = rowShownFor(panel.platform(), *options.key);
-    if (!row) {
-      std::cerr << "quellar-settings: the page \"" << entry.name << "\" has no row \"" << *options.key
-                << "\"; `quellar rows` lists them" << std::endl;
+    auto found = rowToOpen(panel.platform(), pages, *options.key);
+    if (const auto* wrong = std::get_if<std::string>(&found)) {
+      std::cerr << "quellar-settings: " << *wrong << std::endl;
       return 2;
     }
+    row = std::get<quellar::frame::FoundRow>(std::move(found));
   }
 
   // What the pages have put off is done before the program ends.
@@ -125,7 +129,7 @@ int runWindow(const Options& options) {
   window.show(windowSize(screen));
   // Without a window manager nobody else gives the window the keyboard.
   window.window().requestActivate();
-  if (row) window.revealRow(QString::fromStdString(*row));
+  if (row) window.leadTo(*row);
   const int code = QGuiApplication::exec();
   shown = nullptr;
   return code;
@@ -134,6 +138,7 @@ int runWindow(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  quellar::host::linux::prepareProcess();
   const auto parsed = parseOptions(argc, argv);
   if (const int* code = std::get_if<int>(&parsed)) return *code;
   const auto& options = std::get<Options>(parsed);
@@ -145,6 +150,7 @@ int main(int argc, char** argv) {
     chooseScale(*options.scale);
   }
   chooseRenderer();
+  chooseInputMethod();
   chooseHeap();
   const std::jthread typefaces = readTypefaces();
   // The arguments are all ours.

@@ -7,13 +7,12 @@
 #include <memory>
 #include <vector>
 
+#include "frame/page_walk.h"
 #include "platform/navigation_controller.h"
 
 namespace quellar::host::window {
 
-using frame::Computed;
 using frame::Dependent;
-using frame::Link;
 using frame::PageRegistry;
 using frame::Row;
 using platform::PSListController;
@@ -21,21 +20,11 @@ using platform::Specifiers;
 
 namespace {
 
-void collectLinks(platform::Platform& platform, const std::vector<Row>& rows, std::vector<std::string>& classes) {
-  for (const Row& row : rows) {
-    if (const auto* link = std::get_if<Link>(&row.row)) classes.push_back(link->opens);
-    if (const auto* block = std::get_if<Dependent>(&row.row)) collectLinks(platform, block->rows, classes);
-    // Which links a device has does not depend on what is stored.
-    if (const auto* computed = std::get_if<Computed>(&row.row)) {
-      const platform::Dictionary nothingStored;
-      collectLinks(platform, computed->rows({platform, nothingStored}), classes);
-    }
-  }
-}
-
 // The classes that lead from one page to another, both included; only the first one where no links do.
 std::vector<std::string> chainOfLinks(platform::Platform& platform, const PageRegistry& pages, const std::string& from,
-                                      const std::string& to) {
+                                      const std::string& to, frame::RowFiles rowFiles) {
+  // Which links a device has does not depend on what is stored.
+  const platform::Dictionary nothingStored;
   std::map<std::string, std::string> cameFrom{{from, ""}};
   std::deque<std::string> waiting{from};
   while (!waiting.empty() && !cameFrom.contains(to)) {
@@ -43,11 +32,13 @@ std::vector<std::string> chainOfLinks(platform::Platform& platform, const PageRe
     waiting.pop_front();
     const auto* entry = pages.find(each);
     if (!entry) continue;
-    std::vector<std::string> links;
-    collectLinks(platform, entry->page->rows, links);
-    for (const std::string& link : links) {
-      if (cameFrom.emplace(link, each).second) waiting.push_back(link);
-    }
+    frame::walkRows(
+        *entry->page, {platform, nothingStored},
+        [&](const frame::RowPlace& place) {
+          const std::string link = place.opens();
+          if (!link.empty() && cameFrom.emplace(link, each).second) waiting.push_back(link);
+        },
+        rowFiles);
   }
   std::vector<std::string> chain;
   if (!cameFrom.contains(to)) return {from};
@@ -73,20 +64,6 @@ void push(platform::Platform& platform, const std::string& className) {
   if (auto page = platform.classes.makeViewController(className)) platform.navigation.pushViewController(page);
 }
 
-// The key of the switch that shows the row of a key; nothing where no block has such a row.
-std::optional<std::string> switchThatShows(const std::vector<Row>& rows, std::string_view key,
-                                           const std::string& shownBy) {
-  for (const Row& row : rows) {
-    const auto* toggle = std::get_if<frame::Switch>(&row.row);
-    const auto* text = std::get_if<frame::TextEntry>(&row.row);
-    if (!shownBy.empty() && ((toggle && toggle->key == key) || (text && text->key == key))) return shownBy;
-    if (const auto* block = std::get_if<Dependent>(&row.row)) {
-      if (auto found = switchThatShows(block->rows, key, block->shownBy)) return found;
-    }
-  }
-  return std::nullopt;
-}
-
 void collectKeysThatShowBlocks(const std::vector<Row>& rows, std::vector<std::string>& keys) {
   for (const Row& row : rows) {
     const auto* block = std::get_if<Dependent>(&row.row);
@@ -106,7 +83,11 @@ std::vector<std::string> keysThatShowBlocks(const frame::Page& page) {
 
 void openPage(platform::Platform& platform, PageRegistry& pages, const PageRegistry::Entry& page) {
   const std::string& first = pages.entries().front().page->className;
-  const auto chain = chainOfLinks(platform, pages, first, page.page->className);
+  // Row files are read only for a page that no description leads to: they may have every application in them.
+  auto chain = chainOfLinks(platform, pages, first, page.page->className, frame::RowFiles::leftOut);
+  if (chain.back() != page.page->className) {
+    chain = chainOfLinks(platform, pages, first, page.page->className, frame::RowFiles::read);
+  }
   for (const std::string& className : chain) {
     const auto& stack = platform.navigation.viewControllers();
     if (stack.size() != 1 || className != first || stack.front()->className() != first) push(platform, className);
@@ -121,14 +102,22 @@ void reopenPage(platform::Platform& platform) {
   push(platform, page->className());
 }
 
-std::optional<std::string> rowShownFor(platform::Platform& platform, std::string_view key) {
-  const auto page = std::dynamic_pointer_cast<frame::KVQuellarListController>(topList(platform));
-  std::optional<std::string> shown(key);
-  // A switch may itself be in a block that is not shown.
-  while (page && shown && !page->specifierForID(*shown)) {
-    shown = switchThatShows(page->page().rows, *shown, "");
+std::variant<frame::FoundRow, std::string> rowToOpen(platform::Platform& platform, const PageRegistry& pages,
+                                                     std::string_view key) {
+  auto& page = dynamic_cast<frame::KVQuellarListController&>(*platform.navigation.topViewController());
+  const std::string onPage = "on the page \"" + page.title() + "\"";
+  const std::string named = "\"" + std::string(key) + "\"";
+  if (const auto found = frame::findRow(page, key)) {
+    if (!found->isUnreachable) return *found;
+    const std::string other = frame::otherPageThatShows(pages, page, key);
+    return "nothing " + onPage + " shows the row " + named +
+           (other.empty() ? "" : "; it is on the page \"" + other + "\"");
   }
-  return page ? shown : std::nullopt;
+  const auto& foreign = page.page().foreignKeys;
+  if (const auto picked = std::ranges::find(foreign, key, &frame::ForeignKey::key); picked != foreign.end()) {
+    return "no row shows " + named + "; it is picked under \"" + picked->label + "\" " + onPage;
+  }
+  return "the page \"" + page.title() + "\" has no row " + named + "; `quellar schema` lists them";
 }
 
 }  // namespace quellar::host::window

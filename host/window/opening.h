@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
+#include "frame/hidden_row.h"
 #include "frame/page_registry.h"
 #include "platform/platform.h"
 
@@ -21,8 +22,10 @@ void openPage(platform::Platform& platform, frame::PageRegistry& pages, const fr
 /// Opens the page on top anew, as a tap on its link would: it is another page then, which reads the store again.
 void reopenPage(platform::Platform& platform);
 
-/// The row of the page on top that a key is to be found at: the row itself, or the switch that shows it; nothing where
-/// the page has no such row.
-[[nodiscard]] std::optional<std::string> rowShownFor(platform::Platform& platform, std::string_view key);
+/// The row of a key on the page on top: one that the page lists or that the user can bring in. A text that says why
+/// where nothing on the page shows such a row.
+[[nodiscard]] std::variant<frame::FoundRow, std::string> rowToOpen(platform::Platform& platform,
+                                                                   const frame::PageRegistry& pages,
+                                                                   std::string_view key);
 
 }  // namespace quellar::host::window

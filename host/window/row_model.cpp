@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -30,11 +31,13 @@ using platform::Specifiers;
 namespace {
 
 constexpr const char* kFooterKind = "footer";
+constexpr const char* kGroupKind = "group";
+constexpr const char* kTextKind = "text";
 
 QString kindName(Control control) {
   switch (control) {
     case Control::group:
-      return "group";
+      return kGroupKind;
     case Control::link:
       return "link";
     case Control::picker:
@@ -50,7 +53,7 @@ QString kindName(Control control) {
     case Control::stepper:
       return "stepper";
     case Control::text:
-      return "text";
+      return kTextKind;
     case Control::segment:
       return "segment";
     case Control::button:
@@ -215,6 +218,22 @@ void closeGroup(std::vector<ShownRow>& rows, std::size_t from, const ShownRow* t
   rows.push_back(std::move(footer));
 }
 
+// A text row has a label like any other text row's ("Text:"), also where it is the only one.
+void nameGroups(std::vector<ShownRow>& rows) {
+  std::map<QString, int> uses;
+  for (const ShownRow& row : rows) {
+    if (row.kind != kGroupKind && row.kind != kFooterKind) ++uses[row.label];
+  }
+  QString group;
+  for (ShownRow& row : rows) {
+    if (row.kind == kGroupKind) {
+      group = row.label;
+    } else if (row.kind != kFooterKind && (uses[row.label] > 1 || row.kind == kTextKind)) {
+      row.group = group;
+    }
+  }
+}
+
 std::vector<ShownRow> rowsOf(PSListController& page) {
   std::vector<ShownRow> rows;
   std::optional<ShownRow> title;
@@ -235,6 +254,7 @@ std::vector<ShownRow> rowsOf(PSListController& page) {
     groupStart = rows.size();
   }
   closeGroup(rows, groupStart, title ? &*title : nullptr);
+  nameGroups(rows);
   return rows;
 }
 
@@ -258,6 +278,7 @@ const std::vector<Role>& roles() {
   static const std::vector<Role> all{
       {"kind", [](const ShownRow& row) { return row.kind; }},
       {"label", [](const ShownRow& row) { return row.label; }},
+      {"group", [](const ShownRow& row) { return row.group; }},
       {"identifier", [](const ShownRow& row) { return row.identifier; }},
       {"opens", [](const ShownRow& row) { return row.opens; }},
       {"icon", [](const ShownRow& row) { return row.icon; }},
@@ -332,6 +353,12 @@ QHash<int, QByteArray> RowModel::roleNames() const {
 int RowModel::indexOf(const QString& identifier) const {
   const auto found = std::ranges::find_if(
       rows_, [&](const ShownRow& row) { return row.kind != kFooterKind && row.identifier == identifier; });
+  return found == rows_.end() ? -1 : static_cast<int>(found - rows_.begin());
+}
+
+int RowModel::indexOfPlace(std::size_t place) const {
+  const auto found =
+      std::ranges::find_if(rows_, [&](const ShownRow& row) { return row.kind != kFooterKind && row.place == place; });
   return found == rows_.end() ? -1 : static_cast<int>(found - rows_.begin());
 }
 

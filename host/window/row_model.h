@@ -22,6 +22,8 @@ struct ShownRow {
   std::string key;
   QString kind;
   QString label;
+  /// The title of the row's group, where the label alone does not tell the row from others.
+  QString group;
   QString identifier;
   /// The class of the page that the row opens, "" for none.
   QString opens;
@@ -95,6 +97,8 @@ class RowModel final : public QAbstractListModel, public platform::ListObserver 
 
   /// The row of an identifier, its first place; -1 where no row has it.
   Q_INVOKABLE int indexOf(const QString& identifier) const;
+  /// The row at a place of the page's own list; -1 where there is none.
+  [[nodiscard]] int indexOfPlace(std::size_t place) const;
   /// The row that opens a page class; -1 where none does.
   Q_INVOKABLE int indexOpening(const QString& className) const;
   /// The kind of a row ("switch"); "" where there is none.

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QQmlEngine>
 #include <QQuickWindow>
 #include <QSize>
+#include <array>
 #include <memory>
 
+#include "frame/hidden_row.h"
+#include "host/window/confined_engine.h"
 #include "host/window/navigation_model.h"
 #include "host/window/row_order.h"
 #include "host/window/window_resources.h"
@@ -36,13 +38,28 @@ class SettingsWindow {
   void show(QSize size);
   /// Gives the focus to a row of the page on top, and scrolls to it; false where the page does not show it.
   bool revealRow(const QString& identifier);
+  /// Leads the user to a row of the page on top: to the row itself, or to the one that is to be set first, with a line
+  /// that says so until the row has come or the page is left.
+  void leadTo(const frame::FoundRow& row);
 
  private:
+  void tellStep(frame::KVQuellarListController& page, const std::string& key);
+  void reveal(int index);
+
   NavigationModel navigation_;
   WindowState state_;
+  /// What is said of a row that is to be set first.
+  struct StepTexts {
+    QString turnOn;
+    QString turnOnAgain;
+    QString set;
+  };
+  const StepTexts stepTexts_;
+  /// To the rows of the page with a row that is yet to come.
+  std::array<QMetaObject::Connection, 2> leading_;
   RowOrder order_;
   // Last, so that the view goes before what it shows.
-  QQmlEngine engine_;
+  ConfinedEngine engine_;
   std::unique_ptr<QQuickWindow> window_;
 };
 

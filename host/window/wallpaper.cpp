@@ -15,6 +15,7 @@
 
 #include "cells/backdrop_picker.h"
 #include "host/linux/posix_call.h"
+#include "host/window/picture_rules.h"
 
 namespace quellar::host::window {
 
@@ -24,8 +25,6 @@ namespace {
 
 using Path = std::filesystem::path;
 
-// A picture is unpacked as a whole before it can be made smaller, or at least in all its width and for all its time.
-constexpr std::int64_t kMostPixels = std::int64_t{64} << 20U;
 // The platform's bitmap file: four bytes a pixel, rows padded to a multiple of pixels, and a trailer that begins with
 // the width and the height, 32 bits each, the lowest byte first.
 constexpr std::int64_t kPixelBytes = 4;
@@ -151,14 +150,8 @@ QImage readPicture(linux::FileDescriptor file, QSize pixels, const Path& name) {
     throw FileError(name, device.errorString().toStdString());
   }
   QImageReader reader(&device);
-  const QByteArray format = reader.format();
-  if (format != "png" && format != "jpeg") throw FileError(name, "is no PNG or JPEG picture");
+  if (const auto why = whyNoPicture(reader)) throw FileError(name, *why);
   const QSize size = reader.size();
-  if (size.isEmpty()) throw FileError(name, "is no picture: it does not say how large it is");
-  if (std::int64_t{size.width()} * size.height() > kMostPixels) {
-    throw FileError(name, "has more than 64 megapixels (" + std::to_string(size.width()) + " x " +
-                              std::to_string(size.height()) + ")");
-  }
   reader.setAutoTransform(true);
   const bool turned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
   const QSize filling = size.scaled(turned ? pixels.transposed() : pixels, Qt::KeepAspectRatioByExpanding);

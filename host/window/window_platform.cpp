@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "host/window/window_platform.h"
 
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <filesystem>
 #include <set>
+#include <system_error>
 
 #include "frame/names.h"
 #include "host/window/opening.h"
@@ -26,8 +28,15 @@ void ThrowawayPreferences::setAppValue(std::string_view key, const std::optional
 
 namespace {
 
+// The nearest folder above a path, or the path itself, that exists.
+std::filesystem::path nearestFolder(std::filesystem::path path) {
+  std::error_code error;
+  while (!std::filesystem::is_directory(path, error) && path.has_relative_path()) path = path.parent_path();
+  return path;
+}
+
 // The folders in which something happens when the domain's file is made or replaced. A link may lead the file
-// elsewhere, and until something is stored there may be neither file nor folder.
+// elsewhere, and until something is stored there may be neither file nor folder, nor the device root itself.
 QStringList domainFolders(const linux::DeviceRoot& root) {
   const auto realPath = [&root](const std::string& path) {
     try {
@@ -39,13 +48,12 @@ QStringList domainFolders(const linux::DeviceRoot& root) {
   constexpr std::array kPaths = {"/var/mobile/Library/Preferences", "/var/mobile/Library", "/var/mobile", "/var", "/"};
   const auto file = realPath(std::string(kPaths.front()) + "/" + std::string(frame::kSettingsDomain) + ".plist");
   std::set<QString> folders;
-  if (!file.empty()) folders.insert(QString::fromStdString(file.parent_path().string()));
-  for (const char* path : kPaths) {
-    const auto folder = realPath(path);
-    if (folder.empty()) continue;
+  const auto add = [&folders](const std::filesystem::path& folder) {
     folders.insert(QString::fromStdString(folder.string()));
-    break;
-  }
+  };
+  if (!file.empty()) add(file.parent_path());
+  const auto path = std::ranges::find_if(kPaths, [&](const char* each) { return !realPath(each).empty(); });
+  add(path != kPaths.end() ? realPath(*path) : nearestFolder(root.folder()));
   return {folders.begin(), folders.end()};
 }
 
@@ -54,16 +62,19 @@ QStringList domainFolders(const linux::DeviceRoot& root) {
 WindowPlatform::WindowPlatform(const WindowPlatformOptions& options)
     : services_({.deviceRoot = options.deviceRoot,
                  .language = options.language,
-                 .onTrouble = options.onTrouble,
+                 .onTrouble = {},
                  .useBus = !options.throwaway}),
       wallpaperStandIn_(options.wallpaperStandIn),
-      throwaway_(options.throwaway ? std::make_unique<ThrowawayPreferences>(services_.preferences) : nullptr),
+      preferences_(services_.deviceRoot, options.onTrouble,
+                   [this] {
+                     QMetaObject::invokeMethod(&mainThread_, [this] { preferences_.deliver(); }, Qt::QueuedConnection);
+                   }),
+      throwaway_(options.throwaway ? std::make_unique<ThrowawayPreferences>(preferences_) : nullptr),
       busNotifier_(services_.bus.descriptor(), QSocketNotifier::Read),
       device_(options.idiom, options.scale, options.width),
-      seen_(throwaway_ ? static_cast<platform::Preferences&>(*throwaway_) : services_.preferences),
-      platform_{seen_,
-                services_.darwin,
-                services_.distributed,
+      platform_{throwaway_ ? static_cast<platform::Preferences&>(*throwaway_) : preferences_,
+                darwin_,
+                distributed_,
                 notifications_,
                 mainQueue_,
                 device_,
@@ -73,17 +84,19 @@ WindowPlatform::WindowPlatform(const WindowPlatformOptions& options)
                 pages_,
                 navigation_,
                 shared_},
-      elsewhere_(seen_, [this] { return domainFolders(services_.deviceRoot); }, navigation_) {
+      elsewhere_(preferences_, [this] { return domainFolders(services_.deviceRoot); }, navigation_) {
   pages::registerPages(pages_);
   pages_.setPlatform(platform_);
   QObject::connect(&busNotifier_, &QSocketNotifier::activated, [this] { services_.bus.process(); });
 }
 
+WindowPlatform::~WindowPlatform() {
+  preferences_.finish();
+}
+
 WindowResources WindowPlatform::resources() {
-  const auto findImage = [this](const platform::Image& image, double scale) -> std::optional<QString> {
-    const auto found = services_.bundles.imageFile(image, scale);
-    if (!found) return std::nullopt;
-    return QString::fromStdString(found->file.string());
+  const auto readImage = [this](const platform::Image& image, double scale) {
+    return services_.bundles.imageBytes(image, scale);
   };
   const auto text = [this](std::string_view english) {
     return QString::fromStdString(
@@ -94,7 +107,7 @@ WindowResources WindowPlatform::resources() {
   };
   const auto reopenPage = [this] { window::reopenPage(platform_); };
   return {
-      .findImage = findImage, .text = text, .wallpaper = wallpaper, .reopenPage = reopenPage, .elsewhere = &elsewhere_};
+      .readImage = readImage, .text = text, .wallpaper = wallpaper, .reopenPage = reopenPage, .elsewhere = &elsewhere_};
 }
 
 }  // namespace quellar::host::window

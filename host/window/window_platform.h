@@ -9,10 +9,10 @@
 #include <utility>
 
 #include "frame/page_registry.h"
+#include "host/linux/background_preferences.h"
 #include "host/linux/services.h"
 #include "host/window/elsewhere_watch.h"
 #include "host/window/qt_main_queue.h"
-#include "host/window/seen_preferences.h"
 #include "host/window/wallpaper.h"
 #include "host/window/window_resources.h"
 #include "platform/navigation_controller.h"
@@ -68,7 +68,7 @@ struct WindowPlatformOptions {
   bool throwaway = false;
   /// What stands for the wallpaper of a device without one; grey where it is empty.
   WallpaperStandIn wallpaperStandIn = {};
-  /// Is told of troubles of the store, maybe on another thread.
+  /// Is told of troubles of the store.
   linux::FilePreferences::TroubleListener onTrouble;
 };
 
@@ -77,6 +77,8 @@ struct WindowPlatformOptions {
 class WindowPlatform {
  public:
   explicit WindowPlatform(const WindowPlatformOptions& options);
+  /// Waits until all that was set is written and posted.
+  ~WindowPlatform();
   WindowPlatform(const WindowPlatform&) = delete;
   WindowPlatform& operator=(const WindowPlatform&) = delete;
 
@@ -89,16 +91,22 @@ class WindowPlatform {
   [[nodiscard]] WindowResources resources();
   /// The values that were set, where they are kept in memory; nullptr otherwise.
   [[nodiscard]] ThrowawayPreferences* throwaway() { return throwaway_.get(); }
+  /// The store, whose writes go on in the background.
+  [[nodiscard]] linux::BackgroundPreferences& preferences() { return preferences_; }
 
  private:
   linux::Services services_;
   const WallpaperStandIn wallpaperStandIn_;
+  /// Where the writing thread asks for the main one.
+  QObject mainThread_;
+  linux::BackgroundPreferences preferences_;
+  linux::WrittenFirstDarwinCenter darwin_{preferences_, services_.darwin};
+  linux::WrittenFirstDistributedCenter distributed_{preferences_, services_.distributed};
   std::unique_ptr<ThrowawayPreferences> throwaway_;
   QSocketNotifier busNotifier_;
   platform::NotificationCenter notifications_;
   QtMainQueue mainQueue_;
   WindowDevice device_;
-  SeenPreferences seen_;
   frame::PageRegistry pages_;
   platform::SharedInstances shared_;
   platform::NavigationController navigation_{notifications_};

@@ -16,7 +16,7 @@ using TextFinder = std::function<QString(std::string_view english)>;
 
 /// What the window draws with that does not come from its pages.
 struct WindowResources {
-  ImageFinder findImage;
+  ImageReader readImage;
   TextFinder text;
   WallpaperFinder wallpaper;
   /// Opens the page on top anew, so that it reads the store again.

@@ -13,6 +13,12 @@ void WindowState::setTrouble(const QString& trouble) {
   emit troubleChanged();
 }
 
+void WindowState::setHint(const QString& hint) {
+  if (hint == hint_) return;
+  hint_ = hint;
+  emit hintChanged();
+}
+
 void WindowState::setKeyboardInUse(bool inUse) {
   if (inUse == keyboardInUse_) return;
   keyboardInUse_ = inUse;

@@ -26,6 +26,8 @@ class WindowState final : public QObject {
   Q_PROPERTY(bool keyboardInUse READ keyboardInUse NOTIFY keyboardInUseChanged)
   /// What the store could not do, "" for nothing.
   Q_PROPERTY(QString trouble READ trouble NOTIFY troubleChanged)
+  /// What is to be set first so that the row that was asked for shows; "" for nothing.
+  Q_PROPERTY(QString hint READ hint NOTIFY hintChanged)
 
  public:
   explicit WindowState(const Appearance& appearance) : appearance_(appearance) {}
@@ -36,7 +38,11 @@ class WindowState final : public QObject {
   [[nodiscard]] bool keyboardInUse() const { return keyboardInUse_; }
   [[nodiscard]] const QString& trouble() const { return trouble_; }
 
+  [[nodiscard]] const QString& hint() const { return hint_; }
+
   void setTrouble(const QString& trouble);
+  void setHint(const QString& hint);
+  Q_INVOKABLE void dismissHint() { setHint({}); }
   /// The user has read it.
   Q_INVOKABLE void dismissTrouble() { setTrouble({}); }
   /// The view has brought an item into sight, or out of it, as a screen reader is to know.
@@ -48,6 +54,7 @@ class WindowState final : public QObject {
  signals:
   void keyboardInUseChanged();
   void troubleChanged();
+  void hintChanged();
   /// The window is about to take another size; nothing has changed its place yet.
   void resizing();
 
@@ -57,6 +64,7 @@ class WindowState final : public QObject {
   const Appearance appearance_;
   bool keyboardInUse_ = false;
   QString trouble_;
+  QString hint_;
 };
 
 }  // namespace quellar::host::window

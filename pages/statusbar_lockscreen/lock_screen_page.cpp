@@ -8,6 +8,15 @@ namespace quellar::pages {
 
 using namespace frame;
 
+namespace {
+
+constexpr const char* kLabelColorKey = "userCustomActionLabelColor";
+constexpr const char* kLabelColor = "#ffffff";
+constexpr const char* kSetActionLabelColor = "setActionLabelColor";
+constexpr const char* kSetLockScreenClockColor = "setLockScreenClockColor";
+
+}  // namespace
+
 const Page& KVQuellarLockScreenListController::page() {
   static const Page page{
       .className = "KVQuellarLockScreenListController",
@@ -16,7 +25,7 @@ const Page& KVQuellarLockScreenListController::page() {
                 {.name = std::string(kCameraAppUpdate),
                  .forKeys = {"userRequestsCustomCameraApp"},
                  .moment = Moment::afterBlocks}},
-      .colors = {.fallback = "#ffffff", .post = notifyPost(kSettings)},
+      .colors = {.fallback = kLabelColor, .post = notifyPost(kSettings)},
       .saveButton = true,
       .rows = {
           Link{"Custom Lockscreen Strings",
@@ -60,9 +69,9 @@ const Page& KVQuellarLockScreenListController::page() {
                     .shownBy = "userRequestsCustomActionLabelColor",
                     .onlyInserted = true,
                     .rows = {ColorRow{.label = "Label Color",
-                                      .colorKey = "userCustomActionLabelColor",
-                                      .defaultColor = "#ffffff",
-                                      .action = "setActionLabelColor"}}},
+                                      .colorKey = kLabelColorKey,
+                                      .defaultColor = kLabelColor,
+                                      .action = kSetActionLabelColor}}},
           Group{.title = "Now Playing Page"},
           Switch{.label = "Disable Completely", .key = "userRequestsDisablingNowPlayingView"},
           Switch{.label = "Remove Artwork", .key = "userRequestsDisablingNowPlayingArtwork"},
@@ -90,6 +99,22 @@ const Page& KVQuellarLockScreenListController::page() {
           Switch{.label = "Hide Emergency Button", .key = "hideEmergencyButton"},
       }};
   return page;
+}
+
+std::optional<platform::Action> KVQuellarLockScreenListController::actionForSelector(std::string_view selector) {
+  using platform::Action;
+  using platform::PSSpecifier;
+  if (selector == kSetActionLabelColor) {
+    return Action{kSetActionLabelColor, [this](PSSpecifier&) { setActionLabelColor(); }};
+  }
+  if (selector == kSetLockScreenClockColor) {
+    return Action{kSetLockScreenClockColor, [this](PSSpecifier&) { setLockScreenClockColor(); }};
+  }
+  return KVQuellarListController::actionForSelector(selector);
+}
+
+void KVQuellarLockScreenListController::setActionLabelColor() {
+  pickColor(kLabelColorKey, kLabelColor);
 }
 
 void KVQuellarLockScreenListController::setLockScreenClockColor() {

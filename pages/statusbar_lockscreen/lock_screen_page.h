@@ -12,7 +12,10 @@ class KVQuellarLockScreenListController : public frame::KVQuellarListController 
 
   static const frame::Page& page();
 
-  /// Picks the lock-screen clock colour. It reads the settings domain and writes the legacy one. No row reaches it.
+  [[nodiscard]] std::optional<platform::Action> actionForSelector(std::string_view selector) override;
+  /// Picks the colour of the action label.
+  void setActionLabelColor();
+  /// Picks the lock-screen clock colour. It reads the settings domain and writes the legacy one.
   void setLockScreenClockColor();
 };
 

@@ -12,7 +12,6 @@ class KVQuellarAppOrientationListController : public frame::KVQuellarListControl
       : KVQuellarListController(platform, page()) {}
 
   static const frame::Page& page();
-  platform::Specifiers makeSpecifiers() override;
 };
 
 }  // namespace quellar::pages

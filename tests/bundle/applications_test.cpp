@@ -67,6 +67,21 @@ TEST_F(DesktopApplicationsTest, AreSortedByNameWithoutRegardToCaseThenById) {
                                        Application{"6.desktop", "ÉTUDE"}, Application{"8.desktop", "étude"}));
 }
 
+TEST_F(DesktopApplicationsTest, AreSortedAsTheUsersLanguageSorts) {
+  application("system/1.desktop", "User");
+  application("system/2.desktop", "Zoom");
+  application("system/3.desktop", "Été");
+  application("system/4.desktop", "Öppna");
+  const auto names = [this](const std::vector<std::string>& languages) {
+    std::vector<std::string> list;
+    for (const Application& each : installed(languages)) list.push_back(each.name);
+    return list;
+  };
+  EXPECT_THAT(names({"fr_FR"}), ElementsAre("Été", "Öppna", "User", "Zoom"));
+  EXPECT_THAT(names({"sv_SE", "fr"}), ElementsAre("Été", "User", "Zoom", "Öppna"));
+  EXPECT_THAT(names({}), ElementsAre("Été", "Öppna", "User", "Zoom"));
+}
+
 TEST_F(DesktopApplicationsTest, HaveTheFolderInTheirId) {
   application("system/kde/org.kde.Camera.desktop", "Camera");
   application("system/a/b/c.desktop", "Deep");
@@ -92,6 +107,13 @@ TEST_F(DesktopApplicationsTest, ThatAreHiddenAreLeftOutAlsoWhenTheUserHidesOneOf
   application("system/replaced.desktop", "F");
   entry("user/replaced.desktop", "[Desktop Entry]\nType=Link\nName=F\n");
   EXPECT_THAT(installed(), ElementsAre(Application{"shown.desktop", "C"}));
+}
+
+TEST_F(DesktopApplicationsTest, AreHiddenByAnEntryOfTheUserThatSaysNothingElse) {
+  application("system/a.desktop", "A");
+  application("system/b.desktop", "B");
+  entry("user/a.desktop", "[Desktop Entry]\nHidden=true\n");
+  EXPECT_THAT(installed(), ElementsAre(Application{"b.desktop", "B"}));
 }
 
 TEST_F(DesktopApplicationsTest, ThatAreNoApplicationsOrBrokenAreSkipped) {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "support/temporary_folder.h"
 
 namespace quellar::host::linux {
@@ -226,6 +226,26 @@ TEST_F(BundleImages, TheFileSuitsTheScreen) {
   EXPECT_EQ(fileOf("coarse.png", 3), (File{installed("images/coarse.png"), 1}));
   EXPECT_EQ(fileOf("fine.png", 1), (File{installed("images/fine@3x.png"), 3}));
   EXPECT_EQ(fileOf("none.png", 1), std::nullopt);
+}
+
+TEST_F(BundleImages, GiveTheBytesOfTheirFileWhereItLiesInsideAndIsNotTooLarge) {
+  write(installed("images/one.png"), "installed");
+  write(inDevice("images/two@2x.png"), "device");
+  write(folder_.path() / "outside.png", "outside");
+  std::filesystem::create_symlink(folder_.path() / "outside.png", inDevice("images/link.png"));
+  write(inDevice("images/large.png"), "large");
+  std::filesystem::resize_file(inDevice("images/large.png"), kImageSizeLimit + 1);
+  const BundleResources files = resources();
+  const auto bytesOf = [&](const std::string& name) {
+    return files.imageBytes({.path = kBundle + "/images/" + name, .flatColor = {}}, 2);
+  };
+  EXPECT_EQ(bytesOf("one.png"), "installed");
+  EXPECT_EQ(bytesOf("two.png"), "device");
+  EXPECT_EQ(bytesOf("none.png"), std::nullopt);
+  EXPECT_EQ(bytesOf("link.png"), std::nullopt);
+  EXPECT_EQ(bytesOf("../../../../../outside.png"), std::nullopt);
+  EXPECT_EQ(bytesOf("large.png"), std::nullopt);
+  EXPECT_EQ(reported_.back(), inDevice("images/large.png").string() + ": is larger than 16777216 bytes");
 }
 
 TEST_F(DeviceFiles, ExistInTheDeviceRootAndInTheBundle) {

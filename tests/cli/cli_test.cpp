@@ -3,9 +3,14 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
+#include <filesystem>
 #include <map>
+#include <system_error>
+#include <thread>
 
 #include "host/headless/json.h"
+#include "private_bus.h"
 #include "program.h"
 
 namespace quellar::tests {
@@ -13,6 +18,8 @@ namespace cli_test {
 
 using host::headless::dump;
 using host::headless::Json;
+using testing::HasSubstr;
+using testing::StartsWith;
 
 constexpr auto kBattery = "disablesBatterySTBIcon";
 
@@ -93,13 +100,13 @@ TEST(CommandLine, NamesThePagesKeysAndValuesThatWouldBeRight) {
                                                     ".*\"Status Bar\".*\n"));
   }
   const std::string kKeys =
-      "usesCustomCarrierText, userRequestsCustomNoServiceString, userRequestsCustomSearchingString, "
-      "userRequestsCustomWifiCallingString, userCustomCarrierText, userCustomNoServiceText, userCustomSearchingText, "
+      "usesCustomCarrierText, userCustomCarrierText, userRequestsCustomNoServiceString, userCustomNoServiceText, "
+      "userRequestsCustomSearchingString, userCustomSearchingText, userRequestsCustomWifiCallingString, "
       "userCustomWifiCarrierText";
   for (const std::vector<std::string>& arguments : {std::vector<std::string>{"get", "Custom Carrier Strings", "a\nb"},
                                                     {"set", "Custom Carrier Strings", "a\nb", "on"}}) {
     EXPECT_EQ(device.run(arguments),
-              refused("no key \"a b\" on the page \"Custom Carrier Strings\"; its keys are " + kKeys));
+              refused("no key \"a\\u000ab\" on the page \"Custom Carrier Strings\"; its keys are " + kKeys));
   }
   EXPECT_EQ(device.run({"set", "Status Bar", kBattery, "1"}),
             refused("\"1\" is no value for disablesBatterySTBIcon; it takes on or off"));
@@ -128,6 +135,26 @@ TEST(CommandLine, FindsTheDeviceRoot) {
   device.environment["XDG_DATA_HOME"] = device.folder().path() / "data";
   EXPECT_EQ(device.run({"set", "Status Bar", kBattery, "on"}), succeeded(""));
   EXPECT_TRUE(std::filesystem::exists(device.folder().path().string() + "/data/quellar/device" + file));
+}
+
+TEST(CommandLine, PrintsNoCharacterThatATerminalActsOn) {
+  const Device device;
+  // A clear screen in its long and its short form, the other direction, and a line of its own.
+  const std::string hostile =
+      "a\x1b[2J\xc2\x9b"
+      "2J\xe2\x80\xae\x7f\nb";
+  const std::string escaped = R"(a\u001b[2J\u009b2J\u202e\u007f)";
+  EXPECT_THAT(device.run({"rows", hostile}).errors, StartsWith("quellar: no page \"" + escaped + "\\u000ab\"; "));
+  EXPECT_THAT(device.run({"rows", "\xff\x9b"}).errors, StartsWith("quellar: no page \"\\xff\\x9b\"; "));
+  EXPECT_EQ(device.run({"set", "Status Bar", "usesCustomTimeFormatter", "on"}), succeeded(""));
+  EXPECT_EQ(device.run({"set", "Status Bar", "userCustomClockFormatter", hostile}), succeeded(""));
+  EXPECT_EQ(device.run({"get", "Status Bar", "userCustomClockFormatter"}), succeeded("\"" + escaped + "\\nb\"\n"));
+  EXPECT_THAT(device.run({"rows", "Status Bar"}).output, HasSubstr("  " + escaped + "\\u000ab  "));
+  // Titles may be the device's own.
+  device.folder().write("device/Library/PreferenceBundles/Quellar.bundle/en.lproj/Localizable.strings",
+                        "\"Appearance\" = \"" + hostile + "\"; \"Lowercase AM/PM\" = \"" + hostile + "\";");
+  const std::string rows = device.run({"rows", "Status Bar"}).output;
+  EXPECT_THAT(rows, HasSubstr("\n" + escaped + "\\u000ab\n  " + escaped + "\\u000ab  "));
 }
 
 TEST(CommandLine, FailsWhereItsOutputCanNotBeWritten) {
@@ -267,11 +294,56 @@ TEST(Set, RefusesAHiddenRowAndNamesTheSwitchThatShowsIt) {
   EXPECT_EQ(device.run({"set", "Status Bar", "userCustomClockFormatter", "HH"}),
             refused("the row of userCustomClockFormatter is hidden now; turn on \"Use Custom Time Format\" "
                     "(usesCustomTimeFormatter) to show it"));
-  EXPECT_EQ(device.run({"set", "Status Bar", "userCustomCarrierText", "x"}),
-            refused("the row of userCustomCarrierText is hidden now; turn on \"usesCustomCarrierText\" to show it"));
+  EXPECT_EQ(
+      device.run({"set", "icons", "iconBadgeColor", "#123456"}),
+      refused("the row of iconBadgeColor is hidden now; turn on \"Use Custom Color\" (userRequestsColoredBadges), "
+              "then set \"Color Badges via\" (userStyleForIconBadgeColoring) to 1 to show it"));
   EXPECT_FALSE(std::filesystem::exists(device.root()));
   EXPECT_EQ(device.run({"set", "Status Bar", "usesCustomTimeFormatter", "on"}), succeeded(""));
   EXPECT_EQ(device.run({"set", "Status Bar", "userCustomClockFormatter", "HH"}), succeeded(""));
+}
+
+TEST(Set, SaysSoWhereNothingOnThePageShowsTheRow) {
+  const Device device;
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+      {{"set", "status-bar", "userCustomCarrierText", "x"},
+       "nothing on the page \"Status Bar\" shows the row of userCustomCarrierText; it is on the page \"Custom Carrier "
+       "Strings\""},
+      {{"set", "lockscreen", "userCustomActionLabelColor", "#123456"},
+       "nothing on the page \"LockScreen\" shows the row of userCustomActionLabelColor"},
+      {{"set", "custom-carrier-strings", "userCustomSearchingText", "x"},
+       "the row of userCustomSearchingText shows only when \"Use Custom String\" (userRequestsCustomSearchingString) "
+       "is "
+       "turned on while the page is open; set it in the window or in a session"}};
+  for (const auto& [arguments, line] : cases) EXPECT_EQ(device.run(arguments), refused(line));
+  EXPECT_FALSE(std::filesystem::exists(device.root()));
+  device.writeStore("<key>StatusBar_Defaults</key><dict><key>userRequestsCustomSearchingString</key><true/></dict>");
+  EXPECT_EQ(device.run(cases.back().first), refused(cases.back().second)) << "the page opens with the other text";
+}
+
+TEST(EmptyKey, IsReadSetAndListedAsAnyOther) {
+  const Device device;
+  EXPECT_EQ(device.run({"get", "icons", ""}), succeeded("\"#0362ff\"\n")) << "its default";
+  EXPECT_EQ(
+      device.run({"set", "icons", "", "#123456"}),
+      refused("the row of \"\" is hidden now; turn on \"Use Custom Colors\" (useCustomLabelIndicatorColors) to show "
+              "it"));
+  EXPECT_FALSE(std::filesystem::exists(device.root()));
+  EXPECT_EQ(device.run({"set", "icons", "useCustomLabelIndicatorColors", "on"}), succeeded(""));
+  EXPECT_EQ(device.run({"set", "icons", "", "#123456"}), succeeded(""));
+  EXPECT_EQ(device.run({"set", "icons", "", "blue"}),
+            refused("\"blue\" is no value for \"\"; it takes #rrggbb or #rrggbb:alpha"));
+  EXPECT_EQ(device.run({"session"}, R"({"do":"stored","key":"Icon_Defaults"})"),
+            succeeded(R"({"ok":true,"value":{"":"#123456","useCustomLabelIndicatorColors":true}})"
+                      "\n"));
+  EXPECT_EQ(device.run({"get", "icons", ""}), succeeded("\"#123456\"\n"));
+  EXPECT_THAT(device.run({"rows", "icons"}).output,
+              testing::ContainsRegex("\n  Recently Updated Dot +#123456 +\"\"\n"));
+  EXPECT_EQ(dump(elementWith(device.run({"schema", "--json"}).output, "key", "")),
+            R"({"page":"KVQuellarIconsListController","defaultsKey":"Icon_Defaults","key":"","type":"color",)"
+            R"("default":"#0362ff","minimum":null,"maximum":null,"values":null,"titles":null,)"
+            R"("label":"Recently Updated Dot","posts":["com.vantorick.quellar2.settings",)"
+            R"("com.vantorick.quellar2.badgeupdate"]})");
 }
 
 // ---- A store in trouble
@@ -360,6 +432,91 @@ TEST(SessionProgram, AnswersEachLineAsItComes) {
   EXPECT_EQ(session->wait(), succeeded("{\"error\":\"no page is open\"}\n")) << "the last line needs no line end";
 }
 
+/// The most memory that a program has held so far, in KiB.
+long mostMemory(pid_t process) {
+  const std::string status = contents("/proc/" + std::to_string(process) + "/status");
+  return std::stol(status.substr(status.find("VmHWM:") + 6));
+}
+
+TEST(SessionProgram, AnswersALineThatIsTooLongOnceAndHoldsLittleOfIt) {
+  const Device device;
+  const auto session = device.start({"session"});
+  session->write("{\"do\":\"screen\"\n");
+  EXPECT_EQ(session->readLine(), R"({"error":"the line is not JSON"})");
+  const long before = mostMemory(session->process());
+  const std::string part(1 << 20, ' ');
+  for (int count = 0; count < 100; ++count) session->write(part);
+  session->write("\n{\"do\":\"advance\",\"seconds\":1}\n");
+  EXPECT_EQ(session->readLine(), R"({"error":"the line is longer than 1 MiB"})");
+  EXPECT_EQ(session->readLine(), R"({"ok":true,"time":1.0})");
+  EXPECT_LT(mostMemory(session->process()) - before, 16 * 1024);
+  session->write(part + " ");
+  EXPECT_EQ(session->wait(), succeeded("{\"error\":\"the line is longer than 1 MiB\"}\n"));
+}
+
+TEST(SessionProgram, OutlivesALineThatIsNestedWithoutBound) {
+  const Device device;
+  std::string line = R"({"do":"set","row":"x","value":)";
+  for (int depth = 0; depth < 90'000; ++depth) line += R"({"a":0,"b":)";
+  EXPECT_EQ(device.run({"session"}, line.substr(0, 1'000'000) + "\n"),
+            succeeded("{\"error\":\"the line is nested deeper than 128\"}\n"));
+  line = R"({"do":"set","row":"x","value":)" + std::string(90'000, '[') + std::string(90'000, ']') + "}\n";
+  EXPECT_EQ(device.run({"session"}, line), succeeded("{\"error\":\"the line is nested deeper than 128\"}\n"));
+}
+
+// ---- How a program starts
+
+/// Where a descriptor of a program leads once it is what is expected, or after a while.
+std::string descriptorOnce(const Running& program, int number, const std::string& expected) {
+  const std::string link = "/proc/" + std::to_string(program.process()) + "/fd/" + std::to_string(number);
+  std::error_code error;
+  std::string leads;
+  for (int tries = 0; tries < 1000 && leads != expected; ++tries) {
+    leads = std::filesystem::read_symlink(link, error).string();
+    if (leads != expected) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return leads;
+}
+
+TEST(Start, OpensTheStandardDescriptorsThatAreClosedSoThatNoFileOfOursGetsThem) {
+  const Device device;
+  // It waits for its first line with the store open.
+  const auto session = device.startShell("exec \"$0\" session >&- 2>&-");
+  for (const int descriptor : {1, 2}) EXPECT_EQ(descriptorOnce(*session, descriptor, "/dev/null"), "/dev/null");
+  session->closeInput();
+  EXPECT_EQ(session->wait().code, 0);
+  const PrivateBus bus;
+  Device other;
+  other.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
+  const auto watching = other.startShell("exec \"$0\" watch <&-");
+  EXPECT_EQ(descriptorOnce(*watching, 0, "/dev/null"), "/dev/null");
+}
+
+TEST(Start, TellsByItsExitThatItsOutputIsClosed) {
+  const Device device;
+  EXPECT_EQ(device.shell("\"$0\" get 'Status Bar' " + std::string(kBattery) + " >&-"),
+            (Ended{1, "", "quellar: standard output: Bad file descriptor\n"}));
+  EXPECT_EQ(device.shell("\"$0\" set 'Status Bar' " + std::string(kBattery) + " on <&- >&- 2>&-"), succeeded(""));
+  EXPECT_EQ(device.run({"get", "Status Bar", kBattery}), succeeded("true\n"));
+  EXPECT_EQ(device.shell("\"$0\" session <&-"), succeeded("")) << "its input ends at once";
+}
+
+TEST(Start, MakesALimitOfTheSizeOfFilesAnErrorThatIsTold) {
+  const Device device;
+  // More than a block, of which a shell counts the limit.
+  const std::string text(5000, 'x');
+  EXPECT_EQ(device.run({"set", "Status Bar", "usesCustomTimeFormatter", "on"}), succeeded(""));
+  const std::string before = contents(device.store());
+  const Ended ended = device.shell("ulimit -f 1; exec \"$0\" set 'Status Bar' userCustomClockFormatter " + text);
+  EXPECT_EQ(ended.code, 1);
+  EXPECT_EQ(ended.output, "");
+  EXPECT_EQ(ended.errors, "quellar: " + device.store().string() + ": File too large\n");
+  EXPECT_EQ(contents(device.store()), before);
+  const std::string printed = (device.folder().path() / "printed").string();
+  EXPECT_EQ(device.shell("ulimit -f 1; exec \"$0\" schema >'" + printed + "'"),
+            (Ended{1, "", "quellar: standard output: File too large\n"}));
+}
+
 TEST(SessionProgram, PlaysTheDeviceOfItsOptions) {
   const Device device;
   const std::string kSheet = R"({"do":"open","page":"Quellar"})"
@@ -422,6 +579,34 @@ TEST(Schema, TellsKeysThatNoRowHas) {
             R"({"page":"KVQuellarNotificationCenterListController","defaultsKey":"NotificationCenter_Defaults",)"
             R"("key":"ncPrefferedBackdropStyle","type":"integer","default":null,"minimum":null,"maximum":null,)"
             R"("label":"Blur Style","posts":["com.vantorick.quellar2.settings"]})");
+}
+
+TEST(Schema, TellsTheKeysOfEachInstalledApplication) {
+  Device device;
+  device.environment["XDG_DATA_HOME"] = (device.folder().path() / "data").string();
+  device.environment["XDG_DATA_DIRS"] = "/nonexistent";
+  device.folder().write("data/applications/mail.desktop", "[Desktop Entry]\nType=Application\nName=Mail\n");
+  const Ended schema = device.run({"schema", "--json"});
+  EXPECT_EQ(dump(elementWith(schema.output, "key", "orientation-mail.desktop")),
+            R"({"page":"KVQuellarAppOrientationListController","defaultsKey":null,"key":"orientation-mail.desktop",)"
+            R"("type":"integer","default":0,"minimum":null,"maximum":null,"values":[0,1,2],)"
+            R"("titles":["Automatic","Portrait","Landscape"],"label":"Mail","posts":[]})");
+  EXPECT_EQ(dump(elementWith(schema.output, "key", "hidden-mail.desktop")),
+            R"({"page":"KVQuellarAppHideListController","defaultsKey":"AppHide_Defaults","key":"hidden-mail.desktop",)"
+            R"("type":"boolean","default":false,"minimum":null,"maximum":null,"values":null,"titles":null,)"
+            R"("label":"Mail","posts":["com.vantorick.quellar2.settings"]})");
+}
+
+TEST(Applications, LoadTheLibraryThatSortsThemWhereTheyAreListedOnly) {
+  Device device;
+  const auto loads = [&](std::vector<std::string> arguments) {
+    device.environment["LD_DEBUG"] = "files";
+    return device.run(std::move(arguments)).errors.find("libicui18n") != std::string::npos;
+  };
+  EXPECT_FALSE(loads({"get", "Status Bar", kBattery}));
+  EXPECT_FALSE(loads({"set", "Status Bar", kBattery, "on"}));
+  EXPECT_FALSE(loads({"rows", "Dock"}));
+  EXPECT_TRUE(loads({"rows", "App Hide"}));
 }
 
 TEST(Schema, TellsOnlyKeysThatCanBeRead) {

@@ -42,11 +42,11 @@ void PrintTo(const Ended& ended, std::ostream* stream) {
 }
 
 Running::Running(const std::vector<std::string>& arguments, const std::map<std::string, std::string>& environment,
-                 const std::string& outputFile) {
+                 const std::string& outputFile, const std::string& program) {
   auto [inputRead, inputWrite] = makePipe();
   auto [outputRead, outputWrite] = makePipe();
   auto [errorsRead, errorsWrite] = makePipe();
-  std::vector<std::string> words = {QUELLAR_PROGRAM};
+  std::vector<std::string> words = {program};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<std::string> variables;
   for (const auto& [name, value] : environment) variables.push_back(name + "=" + value);
@@ -163,6 +163,10 @@ Ended Device::run(std::vector<std::string> arguments, std::string_view input) co
 
 std::unique_ptr<Running> Device::start(std::vector<std::string> arguments) const {
   return std::make_unique<Running>(arguments, environment);
+}
+
+std::unique_ptr<Running> Device::startShell(const std::string& line) const {
+  return std::make_unique<Running>(std::vector<std::string>{"-c", line, QUELLAR_PROGRAM}, environment, "", "/bin/sh");
 }
 
 std::string contents(const std::filesystem::path& file) {

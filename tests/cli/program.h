@@ -31,7 +31,7 @@ class Running {
  public:
   /// Takes its arguments and its whole environment; standard output goes to a file where one is named.
   Running(const std::vector<std::string>& arguments, const std::map<std::string, std::string>& environment,
-          const std::string& outputFile = {});
+          const std::string& outputFile = {}, const std::string& program = QUELLAR_PROGRAM);
   ~Running();
   Running(const Running&) = delete;
   Running& operator=(const Running&) = delete;
@@ -78,6 +78,9 @@ class Device {
   [[nodiscard]] Ended run(std::vector<std::string> arguments, std::string_view input = {}) const;
   /// Starts it.
   [[nodiscard]] std::unique_ptr<Running> start(std::vector<std::string> arguments) const;
+  /// Runs, or starts, a line of the shell in which "$0" is the program.
+  [[nodiscard]] Ended shell(const std::string& line) const { return startShell(line)->wait(); }
+  [[nodiscard]] std::unique_ptr<Running> startShell(const std::string& line) const;
 
   [[nodiscard]] const TemporaryFolder& folder() const { return folder_; }
 

@@ -89,7 +89,8 @@ TEST(SetStepper, StoresANumberThatItsStepsReach) {
   device.writeStore("<key>Dock_Defaults</key><dict><key>customMaxDockIcons</key><true/></dict>");
   EXPECT_EQ(device.run({"set", "Dock", "dockMaxIcons", "9"}), succeeded(""));
   EXPECT_EQ(stored(device, "Dock_Defaults"), R"({"customMaxDockIcons":true,"dockMaxIcons":9.0})");
-  for (const std::string& value : {std::string("0"), std::string("11"), std::string("2.5"), std::string("two")}) {
+  for (const std::string& value : {std::string("0"), std::string("11"), std::string("2.5"), std::string("two"),
+                                   std::string("4.9e-324"), std::string("2.0000000001")}) {
     expectRefused(
         device, {"Dock", "dockMaxIcons", value},
         "\"" + value + "\" is no value for dockMaxIcons; it takes a number from 1.0 to 10.0 in steps of 1.0\n");

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <cstddef>
 #include <optional>
 
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
+#include "libplist.h"
 #include "targets.h"
 
 namespace quellar::tests::fuzz {
@@ -9,6 +12,7 @@ namespace quellar::tests::fuzz {
 using host::linux::parsePropertyList;
 using host::linux::PropertyListDictionary;
 using host::linux::PropertyListError;
+using platform::Array;
 using platform::Dictionary;
 using platform::Value;
 
@@ -53,6 +57,26 @@ void edit(std::string_view bytes, const Dictionary& entries) {
   demand(stored() == Value(entries), "the entry was removed");
 }
 
+std::size_t valuesIn(const Value& value) {
+  std::size_t values = 1;
+  if (const auto* array = value.as<Array>()) {
+    for (const Value& item : *array) values += valuesIn(item);
+  } else if (const auto* dictionary = value.as<Dictionary>()) {
+    for (const auto& [key, item] : *dictionary) values += valuesIn(item);
+  }
+  return values;
+}
+
+/// Where libplist reads the file too, it reads the same.
+void compareWithLibplist(std::string_view bytes, const Value& value) {
+  // The library takes the square of the time for large dictionaries.
+  constexpr std::size_t kMostBytes = 65536;
+  constexpr std::size_t kMostValues = 20000;
+  if (bytes.size() > kMostBytes || valuesIn(value) > kMostValues) return;
+  const std::optional<Value> other = readWithLibplist(bytes);
+  demand(!other || *other == value, "libplist reads the same");
+}
+
 }  // namespace
 
 void propertyList(std::string_view bytes) {
@@ -60,6 +84,7 @@ void propertyList(std::string_view bytes) {
   const bool isDomain = opens(bytes);
   demand(value || !isDomain, "what is no property list is no domain file");
   if (!value) return;
+  compareWithLibplist(bytes, *value);
   const auto* entries = value->as<Dictionary>();
   demand(entries || !isDomain, "a domain file has a dictionary at its top");
   // A UID reads as a dictionary too, and is none.

@@ -55,8 +55,12 @@ void session(std::string_view bytes) {
       demand(first.preferences.domains == before, "a line that fails stores nothing");
       demand(first.session.host().navigation().viewControllers() == pages, "a line that fails leaves the page");
     }
-    const Json read = Json::parse(line, nullptr, false);
-    const Lines again = second.feed(read.is_discarded() ? std::string(line) : dump(read));
+    const auto read = host::headless::parseJson(line);
+    const Json* const json = std::get_if<Json>(&read);
+    // Written anew a line may be longer: a control character is one byte and its escape six.
+    const std::string anew = json ? dump(*json) : std::string(line);
+    const bool fits = line.size() <= host::headless::kLongestLine && anew.size() <= host::headless::kLongestLine;
+    const Lines again = second.feed(fits ? anew : line);
     demand(again == answer, "a line that is written anew does the same: " + answer.back() + " / " + again.back());
   }
   demand(first.preferences.domains == second.preferences.domains, "the same lines store the same");

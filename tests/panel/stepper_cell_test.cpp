@@ -4,6 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+
 #include "frame/list_controller.h"
 #include "frame/names.h"
 #include "platform/navigation_controller.h"
@@ -200,6 +203,29 @@ TEST_F(StepperCell, IsWrittenOnceWhateverTheDistance) {
   EXPECT_THAT(panel.events(), IsEmpty());
   cell->moveTo(1000);
   EXPECT_EQ(panel.stored("S_Defaults"), R"({"count":100.0})");
+}
+
+TEST_F(StepperCell, RefusesWhatNoStepsLeadTo) {
+  const auto cell = make({{"default", 2}});
+  for (const double value : {4.9e-324, 2.5, 3.0000000001, 99.99999999999999, std::nan(""),
+                             std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()}) {
+    EXPECT_FALSE(cell->reaches(value)) << value;
+    cell->moveTo(value);
+    EXPECT_EQ(cell->stepper().value, 2.0) << value;
+  }
+  EXPECT_THAT(panel.events(), IsEmpty());
+  cell->moveTo(-0.0);
+  EXPECT_EQ(panel.stored("S_Defaults"), R"({"count":0.0})");
+  const auto halves = make({{"minimumValue", 1}, {"stepValue", 0.5}});
+  EXPECT_TRUE(halves->reaches(2.5));
+  EXPECT_FALSE(halves->reaches(2.25));
+}
+
+TEST_F(StepperCell, StepsOnFromAStoredFraction) {
+  panel.store("S_Defaults", Dictionary{{"count", 2.5}});
+  const auto cell = make({});
+  cell->press(1);
+  EXPECT_EQ(cell->stepper().value, 3.5);
 }
 
 TEST_F(StepperCell, WritesTheCopyOfItsFirstLayoutBackOverWhatOthersWrote) {

@@ -103,6 +103,14 @@ TEST_F(LockScreenPage, OpensWithEachBlockWhoseSwitchIsStoredOn) {
              {{"userRequestsCustomCameraApp", true}, {"disableLSDateTime", true}});
 }
 
+TEST_F(LockScreenPage, ShowsTheNamesOfApplicationsAsTheSystemGivesThem) {
+  panel.bundles.texts = {{"Camera App", "<Camera App>"}, {"Lens", "wrong"}, {"Photo", "wrong"}};
+  open({{"userRequestsCustomCameraApp", true}});
+  EXPECT_THAT(panel.row("userCustomCameraApp").titles(), ElementsAre("Lens", "Photo"));
+  EXPECT_EQ(panel.row("userCustomCameraApp").name(), "<Camera App>");
+  EXPECT_THAT(panel.bundles.lookups, testing::Not(testing::Contains("Lens")));
+}
+
 TEST_F(LockScreenPage, PostsTheSettingsForItsPlainSwitches) {
   expectPlainSwitches({"userRequestsRemovingBlackFade",
                        "userRequestsSkippingPasscodeRespring",
@@ -257,6 +265,27 @@ TEST_F(LockScreenPage, StartsTheClockColorFromWhiteAndStoresNothingWhenItIsCance
   panel.host.navigation().pressDialogButton(0);
   panel.advance(1s);
   EXPECT_THAT(panel.events(), ElementsAre(kDismissLine));
+}
+
+TEST_F(LockScreenPage, RunsItsColorActionsForAButtonOfItsRowFile) {
+  const auto button = [this](const std::string& selector) {
+    panel.bundles.rowFiles["QuellarCameraApp"] =
+        Array{Dictionary{{"cell", "PSButtonCell"}, {"label", "Pick"}, {"action", selector}}};
+    open({{"userRequestsCustomCameraApp", true}, {"userCustomActionLabelColor", "#0a0b0c"}});
+    panel.store("lockscreenClockCustomColor", "#102030");
+    tap("Pick");
+    const std::string start = dialogStart();
+    panel.events();
+    pick({1, 2, 3, 1});
+    return start;
+  };
+  EXPECT_EQ(button("setActionLabelColor"), "#0a0b0c");
+  EXPECT_THAT(
+      panel.events(),
+      ElementsAre(kDismissLine, write(R"({"userCustomActionLabelColor":"#010203","userRequestsCustomCameraApp":true})"),
+                  notifyPostLine("settings")));
+  EXPECT_EQ(button("setLockScreenClockColor"), "#102030");
+  EXPECT_EQ(panel.stored("lockscreenClockCustomColor", "com.vantorick.quellar"), R"("#010203")");
 }
 
 TEST_F(LockScreenPage, ReloadsNothingOnceItIsGone) {

@@ -4,7 +4,7 @@
 #include <iterator>
 #include <set>
 
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "host/linux/string_table.h"
 #include "panel_family/family_page.h"
 

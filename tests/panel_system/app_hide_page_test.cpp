@@ -69,9 +69,10 @@ TEST(AppHidePage, KeepsTheValueOfAnApplicationThatIsGone) {
   EXPECT_EQ(panel.stored("AppHide_Defaults"), R"({"hidden-gone.desktop":true,"showsHiddenAppsInSwitcher":true})");
 }
 
-TEST(AppHidePage, LooksUpAllItsTexts) {
+TEST(AppHidePage, LooksUpAllItsTextsAndNoNameOfAnApplication) {
   Panel panel;
   useRowFile(panel, "QuellarAppHide");
+  panel.applications.installed = {{"mail.desktop", "Mail"}};
   EXPECT_EQ(lookupsOf(panel, kPage),
             (std::set<std::string>{"Hidden Apps", kFileFooter, "Allow hidden apps to show in the App Switcher",
                                    "Show In Switcher"}));

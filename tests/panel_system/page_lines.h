@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "support/memory_services.h"
 
 // Rows and events as lines of text, for tests that compare a page whole.

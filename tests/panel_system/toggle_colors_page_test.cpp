@@ -186,6 +186,19 @@ TEST(ToggleColorsPage, TakesTheSwitchOverFromTheSiblingsFileToo) {
   EXPECT_EQ(rowLines(page), kClosed);
 }
 
+TEST(ToggleColorsPage, ShowsImportedColorsInABlockThatWasHiddenWhenTheyWereDrawn) {
+  TogglesPanel panel;
+  panel.storeOn();
+  panel.files.propertyLists[kSiblingFile] = Dictionary{{"wifi", "#123456"}};
+  panel.open(kPage);
+  EXPECT_EQ(panel.swatch("Wifi"), "#3478f6");
+  tap(panel, "Glint 2");
+  panel.set(kSwitch, false);
+  panel.advance(100ms);
+  panel.set(kSwitch, true);
+  EXPECT_EQ(panel.swatch("Wifi"), "#123456");
+}
+
 TEST(ToggleColorsPage, ImportsAFileOfTenThousandKeys) {
   TogglesPanel panel;
   panel.storeOn();

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "session_fixture.h"
 
 namespace quellar::tests {
@@ -41,9 +43,71 @@ TEST(Session, AnswersWhatIsNoCommandWithOneErrorLine) {
   EXPECT_THAT(session.feed("{}"), ElementsAre(error(R"(the field "do" is missing)")));
   EXPECT_THAT(session.feed(R"({"do":1})"), ElementsAre(error(R"(the field "do" must be a string)")));
   EXPECT_THAT(session.feed(R"({"do":"Open"})"), ElementsAre(error(R"(no command "Open")")));
-  EXPECT_THAT(session.feed(std::string(100'000, '[')), ElementsAre(error("the line is not JSON")));
-  EXPECT_THAT(session.feed(std::string(100'000, '[') + std::string(100'000, ']')),
-              ElementsAre(error("the line is no JSON object")));
+}
+
+std::string nested(std::size_t depth, const std::string& opening, const std::string& closing) {
+  std::string line = R"({"do":"set","row":"x","value":)";
+  for (std::size_t each = 1; each < depth; ++each) line += opening;
+  line += "1";
+  for (std::size_t each = 1; each < depth; ++each) line += closing;
+  return line + "}";
+}
+
+TEST(Session, BoundsHowDeepALineIsNested) {
+  ScriptedSession session;
+  const std::string tooDeep = error("the line is nested deeper than 128");
+  for (const auto& [opening, closing] : {std::pair("[", "]"), std::pair(R"({"a":)", "}"), std::pair("[0,[", "],0]")}) {
+    EXPECT_THAT(session.feed(nested(90'000, opening, closing)), ElementsAre(tooDeep)) << opening;
+  }
+  EXPECT_THAT(session.feed(nested(129, "[", "]")), ElementsAre(tooDeep));
+  EXPECT_THAT(session.feed(nested(128, "[", "]")), ElementsAre(error("no page is open")));
+  EXPECT_THAT(session.feed(std::string(900'000, '[')), ElementsAre(tooDeep));
+  // Keys that stand beside one another, each deep, are copied as often as their object grows.
+  std::string beside = R"({"do":"screen")";
+  for (int key = 0; key < 2000; ++key) {
+    beside += R"(,"k)" + std::to_string(key) + "\":" + std::string(120, '[') + std::string(120, ']');
+  }
+  EXPECT_THAT(session.feed(beside + "}"), ElementsAre(error(R"("screen" has no field "k0")")));
+}
+
+TEST(Session, BoundsHowLongALineIs) {
+  ScriptedSession session;
+  const auto padded = [](std::size_t length) {
+    const std::string command = R"({"do":"advance","seconds":0})";
+    return command + std::string(length - command.size(), ' ');
+  };
+  EXPECT_THAT(session.feed(padded(1 << 20)), ElementsAre(R"({"ok":true,"time":0.0})"));
+  EXPECT_THAT(session.feed(padded((1 << 20) + 1)), ElementsAre(error("the line is longer than 1 MiB")));
+}
+
+TEST(Session, ReadsManyKeysInTimeThatGrowsWithTheirNumberAlone) {
+  const auto secondsFor = [](int keys) {
+    std::string line = "{";
+    for (int key = 0; key < keys; ++key) line += "\"" + std::to_string(key) + "\":0,";
+    line += R"("do":"screen","do":"screen"})";
+    ScriptedSession session;
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_THAT(session.feed(line), ElementsAre(error(R"("screen" has no field "0")")));
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - before).count();
+  };
+  const double few = secondsFor(10'000);
+  // Nine times as many; the square would be eighty times as long.
+  EXPECT_LT(secondsFor(90'000), 30 * few + 0.2);
+}
+
+TEST(Session, TakesTheLastOfTwoFieldsOfOneName) {
+  ScriptedSession session;
+  EXPECT_EQ(session.closing(R"({"do":"back","do":"advance","seconds":1,"seconds":2})"), R"({"ok":true,"time":2.0})");
+}
+
+TEST(Session, PrintsNoCharacterThatATerminalActsOn) {
+  ScriptedSession session;
+  session.preferences.domains["d"] = {{"k",
+                                       "\x1b[2J\n\x7f\xc2\x80\xc2\x9b\xd8\x9c\xe2\x80\x8e\xe2\x80\xae\xe2\x81\xa6 "
+                                       "\xc3\xa9\xf0\x9f\x98\x80"}};
+  EXPECT_EQ(session.closing(R"({"do":"stored","key":"k","domain":"d"})"),
+            R"({"ok":true,"value":"\u001b[2J\n\u007f\u0080\u009b\u061c\u200e\u202e\u2066 )"
+            "\xc3\xa9\xf0\x9f\x98\x80\"}");
 }
 
 TEST(Session, RefusesAFieldThatACommandDoesNotHave) {

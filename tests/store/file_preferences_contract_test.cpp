@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "host/linux/background_preferences.h"
 #include "host/linux/file_preferences.h"
 #include "preferences_contract.h"
 #include "store_files.h"
@@ -37,6 +38,13 @@ struct TwoFilePreferencesMaker {
   platform::Preferences& preferences() { return store; }
 };
 
+struct BackgroundPreferencesMaker {
+  TemporaryFolder folder;
+  host::linux::BackgroundPreferences store{host::linux::DeviceRoot(folder.path() / "root"), {}, {}};
+  platform::Preferences& preferences() { return store; }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(BackgroundPreferences, PreferencesContract, BackgroundPreferencesMaker);
 INSTANTIATE_TYPED_TEST_SUITE_P(FilePreferences, PreferencesContract, FilePreferencesMaker);
 INSTANTIATE_TYPED_TEST_SUITE_P(TwoFilePreferences, PreferencesContract, TwoFilePreferencesMaker);
 

@@ -861,7 +861,7 @@ TEST_F(FilePreferencesTest, MergesAChangeIntoWhatAnotherProgramHasStoredMeanwhil
                                                .base = Value(base)}});
   const Value merged(Dictionary{{"other", 2}, {"own", 3}, {"same", 1}});
   ASSERT_TRUE(written);
-  EXPECT_EQ(written->values.at("Dock_Defaults"), merged);
+  EXPECT_EQ(written->entries.value("Dock_Defaults"), merged);
   EXPECT_EQ(stored(), Value(Dictionary{{"Dock_Defaults", merged}}));
 }
 

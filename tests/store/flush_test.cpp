@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "host/linux/file_preferences.h"
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "store_files.h"
 
 namespace quellar::tests::flush_test {

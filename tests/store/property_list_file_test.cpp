@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "host/linux/property_list_file.h"
-
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdlib>
 #include <ctime>
 #include <limits>
 #include <string>
 
+#include "host/linux/property_list/property_list.h"
 #include "store_files.h"
 
 namespace quellar::tests {
@@ -243,23 +243,24 @@ TEST(PropertyListFile, SurvivesEachChangedByteOfABinaryFile) {
 
 TEST(PropertyListFile, RefusesBrokenXml) {
   EXPECT_EQ(complaint("<plist><true/>"), "damaged XML property list: line 1: it is cut off");
-  EXPECT_EQ(complaint("<plist>\n<string>a</plist>"), "damaged XML property list: line 2: <string> is not closed");
-  EXPECT_EQ(complaint("<plist><string>a"), "damaged XML property list: line 1: <string> is not closed");
-  EXPECT_EQ(complaint("<plist><!-- <true/></plist>"), "damaged XML property list: line 1: a comment has no end");
-  EXPECT_EQ(complaint("<plist><true/></plist>x"), "damaged XML property list: line 1: something follows its end");
-  EXPECT_EQ(complaint("<plist>x<true/></plist>"), "damaged XML property list: line 1: text stands where none may be");
-  EXPECT_EQ(complaint("<plist><true</plist>"), "damaged XML property list: line 1: a tag is not closed");
+  EXPECT_EQ(complaint("<plist>\n<string>a</plist>"), "damaged XML property list: line 2: mismatched tag");
+  EXPECT_EQ(complaint("<plist><string>a"), "damaged XML property list: line 1: it is cut off");
+  EXPECT_EQ(complaint("<plist><!-- <true/></plist>"), "damaged XML property list: line 1: it is cut off");
+  EXPECT_EQ(complaint("<plist><true/></plist>x"), "damaged XML property list: line 1: junk after document element");
+  EXPECT_EQ(complaint("<plist>x<true/></plist>"), "text stands where none may be");
+  EXPECT_EQ(complaint("<plist><true</plist>"), "damaged XML property list: line 1: not well-formed (invalid token)");
   EXPECT_EQ(complaint(xml("<true/><true/>")), "holds more than one value");
   EXPECT_EQ(complaint(xml("")), "</plist> stands for a value");
   EXPECT_EQ(complaint(xml("<string>&nbsp;</string>")), "damaged XML property list: line 3: an entity is not known");
   EXPECT_EQ(complaint(xml("<string>&#0;</string>")),
-            "damaged XML property list: line 3: a character reference is wrong");
+            "damaged XML property list: line 3: reference to invalid character number");
   EXPECT_EQ(complaint(xml("<string>&#xD800;</string>")),
-            "damaged XML property list: line 3: a character reference is wrong");
+            "damaged XML property list: line 3: reference to invalid character number");
   EXPECT_EQ(complaint(xml("<number>1</number>")), "<number> is no property-list element");
   EXPECT_EQ(complaint(xml("<dict><string>a</string></dict>")), "a dictionary entry has no key");
   EXPECT_EQ(complaint(xml("<dict><key>a</key></dict>")), "</dict> stands for a value");
-  EXPECT_EQ(complaint(xml("<array><dict></array></dict>")), "a dictionary entry has no key");
+  EXPECT_EQ(complaint(xml("<array><dict></array></dict>")), "damaged XML property list: line 3: mismatched tag");
+  EXPECT_EQ(complaint(xml("<string><true/></string>")), "<string> holds an element");
   EXPECT_EQ(complaint(xml("<integer>12abc</integer>")), "an integer is no number");
   EXPECT_EQ(complaint(xml("<integer/>")), "an integer is no number");
   EXPECT_EQ(complaint(xml("<integer>18446744073709551616</integer>")), "an integer has more than 64 bits");
@@ -272,9 +273,95 @@ TEST(PropertyListFile, RefusesBrokenXml) {
   EXPECT_EQ(complaint(xml("<date>2023-02-29T00:00:00Z</date>")), "a date is none of the calendar");
 }
 
+TEST(PropertyListFile, RefusesXmlThatIsNotWellFormed) {
+  const std::vector<std::string> documents = {
+      "<plist x x =><true/></plist>",
+      "<plist><dict a\"b\"c></dict></plist>",
+      "<plist version=1.0><true/></plist>",
+      "<plist version='1.0' version='1.0'><true/></plist>",
+      "<plist><true/ ></plist>",
+      "<plist><true/></plist version='1.0'>",
+      "<plist><!-- two -- hyphens --><true/></plist>",
+      "<plist><string>]]></string></plist>",
+      "<plist><string>&</string></plist>",
+      "<plist><string>\x01</string></plist>",
+      "<plist><string>\xEF\xBF\xBF</string></plist>",
+      "<plist><array></dict></array></plist>",
+      " <?xml version=\"1.0\"?><plist><true/></plist>",
+      "<?xml encoding=\"UTF-8\"?><plist><true/></plist>",
+      "<plist><true/></plist><plist><true/></plist>",
+  };
+  for (const std::string& document : documents) EXPECT_NE(complaint(document), "") << document;
+}
+
+TEST(PropertyListFile, RefusesXmlThatDeclaresOrNamesEntities) {
+  const std::string text = "<plist><string>&e;</string></plist>";
+  EXPECT_NE(complaint("<!DOCTYPE plist [<!ENTITY e \"text\">]>" + text), "");
+  EXPECT_NE(complaint("<!DOCTYPE plist [<!ENTITY e \"text\">]><plist><true/></plist>"), "");
+  EXPECT_NE(complaint("<!DOCTYPE plist [<!ENTITY e SYSTEM \"file:///etc/hostname\">]>" + text), "");
+  EXPECT_NE(complaint("<!DOCTYPE plist [<!ENTITY % e \"text\">]><plist><true/></plist>"), "");
+  EXPECT_NE(complaint("<!DOCTYPE plist [<!ATTLIST plist version CDATA \"1.0\">]><plist><true/></plist>"), "");
+  EXPECT_NE(complaint(text), "");
+  EXPECT_NE(complaint(xml("<string>&e;</string>")), "");
+}
+
+/// The bytes of UTF-16 text, a byte order mark first.
+std::string utf16(std::u16string_view text, bool isBigEndian) {
+  std::string bytes = isBigEndian ? "\xFE\xFF" : "\xFF\xFE";
+  for (const char16_t unit : text) {
+    const auto high = static_cast<char>(unit >> 8);
+    const auto low = static_cast<char>(unit & 0xFF);
+    bytes += isBigEndian ? std::string{high, low} : std::string{low, high};
+  }
+  return bytes;
+}
+
+TEST(PropertyListFile, ReadsXmlInUtf16) {
+  constexpr std::u16string_view kDocument =
+      u"<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><string>a\u00fc\U0001F600</string></plist>";
+  for (const bool isBigEndian : {false, true}) {
+    EXPECT_EQ(parsePropertyList(utf16(kDocument, isBigEndian)), Value("aü😀"));
+  }
+}
+
+TEST(PropertyListFile, RefusesXmlInUtf16WithHalfOfASurrogatePair) {
+  const std::u16string high(1, char16_t{0xD83D});
+  const std::u16string low(1, char16_t{0xDE00});
+  for (const std::u16string& text : {high + u"a", low, low + high, high + high + low, high}) {
+    for (const bool isBigEndian : {false, true}) {
+      EXPECT_NE(complaint(utf16(u"<plist><string>" + text + u"</string></plist>", isBigEndian)), "");
+    }
+  }
+}
+
+TEST(PropertyListFile, ReadsXmlWithRepeatedKeysInLinearTime) {
+  // Each key once, and then all of them again in reverse order.
+  const auto document = [](int keys) {
+    std::string entries;
+    const auto add = [&](int number) { entries += "<key>" + std::to_string(number) + "</key><integer>1</integer>"; };
+    for (int number = 0; number < keys; ++number) add(number);
+    for (int number = keys; number-- > 0;) add(number);
+    return xml("<dict>" + entries + "</dict>");
+  };
+  const auto ticks = [](const std::string& bytes, std::size_t keys) {
+    const std::clock_t start = std::clock();
+    const Value value = parsePropertyList(bytes);
+    const std::clock_t end = std::clock();
+    EXPECT_EQ(value.as<Dictionary>()->size(), keys);
+    return end - start;
+  };
+  constexpr int kFew = 2000;
+  constexpr int kMany = 8 * kFew;
+  // Eight times as long where the time is linear, 64 times where it is quadratic.
+  const auto few = std::max(ticks(document(kFew), kFew), CLOCKS_PER_SEC / 1000);
+  EXPECT_LT(ticks(document(kMany), kMany), 24 * few);
+}
+
 TEST(PropertyListFile, RefusesTextThatIsNotUtf8) {
-  EXPECT_EQ(complaint(xml("<string>\xFF</string>")), "text is not UTF-8");
-  EXPECT_EQ(complaint(xml("<string>\xED\xA0\x80</string>")), "text is not UTF-8");
+  EXPECT_EQ(complaint(xml("<string>\xFF</string>")),
+            "damaged XML property list: line 3: not well-formed (invalid token)");
+  EXPECT_EQ(complaint(xml("<string>\xED\xA0\x80</string>")),
+            "damaged XML property list: line 3: not well-formed (invalid token)");
   EXPECT_EQ(complaint(binaryPlist({"\x51\xE9"})), "text is not UTF-8");
   EXPECT_EQ(complaint(binaryPlist({"\x52\xC0\x80"})), "text is not UTF-8");
   EXPECT_EQ(complaint(binaryPlist({"\xD1" + reference(1) + reference(2), "\x51\xE9", "\x09"})), "text is not UTF-8");
@@ -327,6 +414,21 @@ TEST(PropertyListFile, RefusesAFileThatUnfoldsWithoutBound) {
   EXPECT_EQ(complaint(binaryPlist(objects)), "holds too many values");
 }
 
+TEST(PropertyListFile, RefusesTextAndDataThatUnfoldWithoutBound) {
+  // One object of a mebibyte, named so many times.
+  const auto shared = [](const std::string& object, std::size_t times) {
+    std::string references;
+    for (std::size_t number = 0; number < times; ++number) references += reference(1);
+    return binaryPlist({"\xAF\x11" + reference(times) + references, object});
+  };
+  const std::string size = "\x12\x00\x10\x00\x00"s;
+  const std::string bytes(std::size_t{1} << 20, 'a');
+  EXPECT_EQ(complaint(shared("\x5F" + size + bytes, 16)), "");
+  EXPECT_EQ(complaint(shared("\x5F" + size + bytes, 65)), "holds more than 64 MiB of text and data");
+  EXPECT_EQ(complaint(shared("\x4F" + size + bytes, 65)), "holds more than 64 MiB of text and data");
+  EXPECT_EQ(complaint(shared("\x6F" + size + bytes + bytes, 33)), "holds more than 64 MiB of text and data");
+}
+
 TEST(PropertyListFile, RefusesBinaryObjectsThatAreDamaged) {
   const auto damage = [](const std::vector<std::string>& objects) {
     const std::string text = complaint(binaryPlist(objects));
@@ -373,11 +475,48 @@ TEST(PropertyListFile, RefusesToStoreWhatItWouldNotRead) {
   EXPECT_THROW(static_cast<void>(dictionary.encode()), PropertyListError);
 }
 
+TEST(PropertyListFile, RefusesToStoreWhatUnfoldsToMoreThanItWouldRead) {
+  const Array many(3'000'000, true);
+  EXPECT_EQ(storingComplaint(many), "holds too many values");
+  EXPECT_THROW(static_cast<void>(encodePropertyList(many)), PropertyListError);
+  const Array large(65, std::string(std::size_t{1} << 20, 'a'));
+  EXPECT_EQ(storingComplaint(large), "holds more than 64 MiB of text and data");
+  // Each entry alone could be read, both together could not.
+  PropertyListDictionary dictionary;
+  for (const char* key : {"a", "b"}) dictionary.set(key, Array(40, std::string(std::size_t{1} << 20, 'a')));
+  EXPECT_THROW(static_cast<void>(dictionary.encode()), PropertyListError);
+  dictionary.remove("a");
+  EXPECT_EQ(complaint(dictionary.encode().bytes()), "");
+}
+
 TEST(PropertyListFile, LeavesADictionaryAsItIsWhereAValueCannotBeStored) {
   PropertyListDictionary dictionary;
   dictionary.set("key", Dictionary{{"a", 1}});
   EXPECT_THROW(dictionary.set("key", Dictionary{{"a", "\xFF"}}), PropertyListError);
   EXPECT_EQ(dictionary.value("key"), Value(Dictionary{{"a", 1}}));
+}
+
+TEST(PropertyListFile, LeavesACopyAsItIsWhereTheOriginalChanges) {
+  const PropertyListDictionary original(encodePropertyList(Dictionary{{"a", 1}, {"b", 2}, {"c", 3}}).bytes());
+  PropertyListDictionary copy = original;
+  copy.set("a", Dictionary{{"x", 1}});
+  copy.remove("b");
+  copy.set("d", 4);
+  EXPECT_EQ(parsePropertyList(original.encode().bytes()), Value(Dictionary{{"a", 1}, {"b", 2}, {"c", 3}}));
+  const PropertyListDictionary second = copy;
+  copy.set("a", 5);
+  EXPECT_EQ(parsePropertyList(second.encode().bytes()),
+            Value(Dictionary{{"a", Dictionary{{"x", 1}}}, {"c", 3}, {"d", 4}}));
+  EXPECT_EQ(parsePropertyList(copy.encode().bytes()), Value(Dictionary{{"a", 5}, {"c", 3}, {"d", 4}}));
+}
+
+TEST(PropertyListFile, ListsTheKeysOfADictionaryInOrder) {
+  PropertyListDictionary dictionary(xml("<dict><key>c</key><true/><key>a</key><true/><key>c</key><true/></dict>"));
+  EXPECT_EQ(dictionary.keys(), (std::vector<std::string>{"a", "c"}));
+  dictionary.set("b", 1);
+  dictionary.remove("a");
+  EXPECT_EQ(dictionary.keys(), (std::vector<std::string>{"b", "c"}));
+  EXPECT_EQ(PropertyListDictionary().keys(), std::vector<std::string>());
 }
 
 TEST(PropertyListFile, TellsKeysApartThatShareAStart) {

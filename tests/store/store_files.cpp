@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 
 namespace quellar::tests {
 

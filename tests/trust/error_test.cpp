@@ -15,7 +15,7 @@
 #include <sstream>
 
 #include "host/linux/posix_call.h"
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "scenarios.h"
 #include "support/temporary_folder.h"
 #include "tracer.h"

@@ -19,7 +19,7 @@
 #include <thread>
 
 #include "cli/program.h"
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 #include "many_programs.h"
 #include "scenarios.h"
 

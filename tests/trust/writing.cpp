@@ -14,7 +14,7 @@
 #include <stdexcept>
 
 #include "host/linux/file_descriptor.h"
-#include "host/linux/property_list_file.h"
+#include "host/linux/property_list/property_list.h"
 
 namespace quellar::tests {
 

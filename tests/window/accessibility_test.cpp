@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <chrono>
 #include <iterator>
+#include <map>
+#include <set>
 
 #include "accessible_window.h"
 #include "host/linux/file_preferences.h"
@@ -63,6 +65,137 @@ TEST_F(AccessibilityTest, DescribesAGroupByItsFooter) {
   const AccessibleWindow window({"--page", "Status Bar"});
   EXPECT_EQ(window.find("heading", "Appearance").description(),
             "The no bold option will require a respring to take effect");
+}
+
+TEST_F(AccessibilityTest, ReadsTheFooterOfAGroupWithoutATitleAfterItsRows) {
+  const auto read = [](const std::string& page) {
+    const AccessibleWindow window({"--page", page});
+    (void)window.find("heading", page);
+    std::vector<std::pair<int, std::string>> rows;
+    const auto collect = [&] {
+      rows.clear();
+      bool isAfterBar = false;
+      for (const Accessible& object : window.objects()) {
+        const std::string role = object.role();
+        isAfterBar = isAfterBar || role == "check box" || role == "label";
+        const bool isRow = role == "check box" || role == "label" || role == "spin button" || role == "heading";
+        if (isAfterBar && isRow && !object.name().empty()) rows.emplace_back(object.extents().y, role);
+      }
+      return !rows.empty() && std::ranges::is_sorted(rows, {}, [](const auto& row) { return row.first; });
+    };
+    EXPECT_TRUE(eventually(collect)) << page << testing::PrintToString(rows);
+    std::vector<std::string> roles;
+    for (const auto& [top, role] : rows) roles.push_back(role);
+    return roles;
+  };
+  EXPECT_THAT(read("Quick Edit Menu"), ElementsAre("check box", "label", "heading", "check box"));
+  EXPECT_THAT(read("Custom Timers"), ElementsAre("check box", "check box", "label", "check box", "label", "spin button",
+                                                 "spin button", "spin button", "spin button"));
+  EXPECT_THAT(read("Music Changes"), ElementsAre("label", "heading", "check box", "heading", "check box"));
+}
+
+TEST_F(AccessibilityTest, ListsEachActionOfEachControlOnce) {
+  std::map<std::string, std::vector<std::string>> actions;
+  const auto note = [&actions](const AccessibleWindow& window) {
+    for (const Accessible& object : window.objects()) {
+      const auto own = object.actions();
+      const std::set<std::string> once(own.begin(), own.end());
+      EXPECT_EQ(own.size(), once.size()) << object.role() << " " << object.name() << testing::PrintToString(own);
+      if (object.has(ATSPI_STATE_FOCUSABLE)) actions.emplace(object.role(), own);
+    }
+  };
+  const auto storing = [](const std::string& defaultsKey, const Dictionary& values) {
+    return [=](const TemporaryFolder& root) {
+      host::linux::FilePreferences((host::linux::DeviceRoot(root.path())))
+          .setAppValue(defaultsKey, Value(values), kDomain);
+    };
+  };
+  {
+    const AccessibleWindow window({"--page", "Icons"},
+                                  storing("Icon_Defaults", {{"usesCustomIconSize", true},
+                                                            {"userRequestsColoredBadges", true},
+                                                            {"userStyleForIconBadgeColoring", 1}}));
+    (void)window.find("slider", "Icon Scale");
+    note(window);
+    ASSERT_TRUE(window.find("push button", "Border Color").act("Press"));
+    (void)window.find("push button", "Choose");
+    note(window);
+  }
+  const AccessibleWindow window({"--page", "Dock"}, storing("Dock_Defaults", {{"customMaxDockIcons", true}}));
+  (void)window.find("spin button", "Max Icons");
+  note(window);
+  EXPECT_EQ(actions["push button"], (std::vector<std::string>{"Press", "SetFocus"}));
+  EXPECT_EQ(actions["check box"], (std::vector<std::string>{"Toggle", "Press", "SetFocus"}));
+  EXPECT_EQ(actions["slider"], (std::vector<std::string>{"Increase", "Decrease", "SetFocus"}));
+  EXPECT_EQ(actions["spin button"], (std::vector<std::string>{"Increase", "Decrease", "SetFocus"}));
+}
+
+TEST_F(AccessibilityTest, GivesTheFocusToNoFooter) {
+  const AccessibleWindow window({"--page", "Quick Edit Menu"});
+  (void)window.find("check box", "Use Quick Edit");
+  int footers = 0;
+  for (const Accessible& object : window.objects()) {
+    if (object.role() != "label" || object.name().empty()) continue;
+    ++footers;
+    EXPECT_FALSE(object.has(ATSPI_STATE_FOCUSABLE)) << object.name();
+  }
+  EXPECT_EQ(footers, 1);
+  EXPECT_TRUE(window.find("check box", "Use Quick Edit").has(ATSPI_STATE_FOCUSABLE));
+}
+
+TEST_F(AccessibilityTest, IsCalledByTheNameOfTheProduct) {
+  const AccessibleWindow window;
+  (void)window.find("heading", "Quellar");
+  EXPECT_EQ(window.applicationName(), "Quellar");
+}
+
+TEST_F(AccessibilityTest, TellsRowsOfTheSameNameByTheirGroups) {
+  const auto described = [](const AccessibleWindow& window, const std::string& name) {
+    std::vector<std::string> descriptions;
+    for (const Accessible& object : window.objects()) {
+      if (object.name() == name) descriptions.push_back(object.description());
+    }
+    return descriptions;
+  };
+  {
+    const AccessibleWindow window({"--page", "Icons"});
+    (void)window.find("check box", "Suppress Icon Jittering");
+    EXPECT_TRUE(eventually([&] { return described(window, "Hide All").size() == 2; }));
+    EXPECT_THAT(described(window, "Hide All"), ElementsAre("Badges", "Labels"));
+    EXPECT_THAT(described(window, "Suppress Icon Jittering"), ElementsAre("")) << "its name is its own";
+  }
+  const AccessibleWindow window({"--page", "Status Bar"});
+  ASSERT_TRUE(window.find("check box", "Use Custom Time Format").act("Toggle"));
+  (void)window.find("entry", "Text:");
+  EXPECT_THAT(described(window, "Text:"), ElementsAre("Custom Time Formatter"));
+}
+
+TEST_F(AccessibilityTest, OpensAtARowBelowOpenBlocks) {
+  const auto storing = [](const std::string& defaultsKey, const Dictionary& values) {
+    return [=](const TemporaryFolder& root) {
+      host::linux::FilePreferences((host::linux::DeviceRoot(root.path())))
+          .setAppValue(defaultsKey, Value(values), kDomain);
+    };
+  };
+  // In sight once the window has come to rest, and still.
+  const auto isInSight = [](const AccessibleWindow& window, const std::string& name) {
+    return eventually([&] {
+      const Accessible row = window.find("check box", name);
+      const AtspiRect place = row.extents();
+      return row.has(ATSPI_STATE_FOCUSED) && place.y >= 52 && place.y + place.height <= 800;
+    });
+  };
+  {
+    const AccessibleWindow window({"--page", "Notification Center/isNotificationCenterCustomText"},
+                                  storing("NotificationCenter_Defaults", {{"ncSwipeLocationDeterminesPage", true},
+                                                                          {"isNotificationCenterCustomText", true}}));
+    (void)window.find("entry", "Text:");
+    EXPECT_TRUE(isInSight(window, "Use Custom Text"));
+  }
+  const AccessibleWindow window({"--page", "Status Bar/disablesWifiSTBIcon"},
+                                storing("StatusBar_Defaults", {{"usesCustomTimeFormatter", true}}));
+  (void)window.find("entry", "Text:");
+  EXPECT_TRUE(isInSight(window, "Wifi"));
 }
 
 TEST_F(AccessibilityTest, HasEveryRowOfAPageWithinASecondOfItsOpening) {

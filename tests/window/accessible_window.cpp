@@ -222,6 +222,11 @@ std::optional<Accessible> AccessibleWindow::application() const {
   return std::nullopt;
 }
 
+std::string AccessibleWindow::applicationName() const {
+  const auto found = application();
+  return found ? found->name() : "";
+}
+
 std::vector<Accessible> AccessibleWindow::objects() const {
   std::vector<Accessible> all;
   if (const auto found = application()) collect(*found, all);

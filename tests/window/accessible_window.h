@@ -127,6 +127,9 @@ class AccessibleWindow {
   /// Role and name of all objects, in reading order.
   [[nodiscard]] std::vector<std::pair<std::string, std::string>> listed() const;
 
+  /// What the program is called.
+  [[nodiscard]] std::string applicationName() const;
+
   /// The notifications that have arrived at this process so far.
   const std::vector<host::linux::BusNotification>& notifications();
   /// Types on the keyboard.

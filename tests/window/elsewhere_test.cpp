@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <utility>
 
+#include "host/linux/background_preferences.h"
 #include "host/window/elsewhere_watch.h"
-#include "host/window/seen_preferences.h"
 #include "window_fixture.h"
 
 namespace quellar::tests {
@@ -59,8 +59,7 @@ TEST_F(ElsewhereTest, TellsWhereNothingHadBeenStoredBefore) {
 
 TEST_F(ElsewhereTest, MissesNothingThatIsStoredWhileItComesToWatch) {
   open("Dock");
-  host::linux::FilePreferences preferences((host::linux::DeviceRoot(root_.path())));
-  host::window::SeenPreferences seen(preferences);
+  host::linux::BackgroundPreferences seen(host::linux::DeviceRoot(root_.path()), {}, {});
   (void)seen.copyAppValue("Dock_Defaults", "com.vantorick.quellar2");
   bool isStored = false;
   const auto deepest = [&]() -> QStringList {
@@ -73,7 +72,7 @@ TEST_F(ElsewhereTest, MissesNothingThatIsStoredWhileItComesToWatch) {
     return {QString::fromStdString(folder.string())};
   };
   const host::window::ElsewhereWatch watch(seen, deepest, panel().navigation());
-  EXPECT_TRUE(eventually([&] { return watch.changed(); }));
+  EXPECT_TRUE(eventually([&] { return row("Disable Blur")->property("checked").toBool(); }));
 }
 
 TEST_F(ElsewhereTest, SaysNothingOfItsOwnWritesAndOfOtherPages) {

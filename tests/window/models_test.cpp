@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QBuffer>
 #include <QTest>
 #include <fstream>
 
@@ -114,21 +115,26 @@ TEST(ImageAddress, CarriesAnyPathAndTheColour) {
   EXPECT_FALSE(namedImage("*not base64*"));
 }
 
+std::string encoded(const QImage& image, const char* format) {
+  QBuffer buffer;
+  buffer.open(QIODevice::WriteOnly);
+  EXPECT_TRUE(image.save(&buffer, format)) << format;
+  return buffer.data().toStdString();
+}
+
 TEST(PlatformImageProvider, ColoursAMaskAndFitsTheSizeThatIsAskedFor) {
-  const TemporaryFolder folder;
   QImage drawing(40, 20, QImage::Format_ARGB32);
   drawing.fill(Qt::transparent);
   for (int x = 0; x < 20; ++x) {
     for (int y = 0; y < 20; ++y) drawing.setPixelColor(x, y, Qt::black);
   }
-  const QString file = QString::fromStdString((folder.path() / "mask.png").string());
-  ASSERT_TRUE(drawing.save(file));
+  const std::string mask = encoded(drawing, "png");
   double askedScale = 0;
   PlatformImageProvider provider(
-      [&](const platform::Image& image, double scale) -> std::optional<QString> {
+      [&](const platform::Image& image, double scale) -> std::optional<std::string> {
         askedScale = scale;
         if (image.path != "/mask.png") return std::nullopt;
-        return file;
+        return mask;
       },
       2);
   const auto load = [&](const platform::Image& image, QSize size) {
@@ -144,15 +150,25 @@ TEST(PlatformImageProvider, ColoursAMaskAndFitsTheSizeThatIsAskedFor) {
   EXPECT_EQ(load({.path = "/missing.png", .flatColor = std::nullopt}, {29, 29}).pixelColor(0, 0).alpha(), 0);
 }
 
-TEST(PlatformImageProvider, IsEmptyForAFileThatIsNoPicture) {
-  const TemporaryFolder folder;
-  const auto file = folder.write("odd.png", "this is no picture");
-  PlatformImageProvider provider([&](const platform::Image&, double) { return QString::fromStdString(file.string()); },
-                                 1);
-  const QImage image =
-      provider.requestImage(imageAddress({.path = "/odd.png", .flatColor = std::nullopt}).mid(17), nullptr, {});
-  EXPECT_EQ(image.size(), QSize(1, 1));
-  EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0);
+TEST(PlatformImageProvider, IsEmptyForWhatIsNoPngOrJpegPictureOfASizeThatFitsInMemory) {
+  QImage drawing(3, 3, QImage::Format_RGB32);
+  drawing.fill(Qt::red);
+  std::string huge = encoded(drawing, "png");
+  // The width and the height, four bytes each, the highest first, and the checksum that goes with them.
+  huge.replace(16, 17, std::string("\x00\x01\x00\x00\x00\x01\x00\x00\x08\x02\x00\x00\x00\xe3\xe6\xa7\xb4", 17));
+  std::string bytes;
+  PlatformImageProvider provider([&](const platform::Image&, double) { return bytes; }, 1);
+  const auto sizeOf = [&](const std::string& file) {
+    bytes = file;
+    return provider.requestImage(imageAddress({.path = "/x.png", .flatColor = std::nullopt}).mid(17), nullptr, {})
+        .size();
+  };
+  EXPECT_EQ(sizeOf(encoded(drawing, "png")), QSize(3, 3));
+  EXPECT_EQ(sizeOf(encoded(drawing, "jpg")), QSize(3, 3)) << "the contents tell the format, whatever the name says";
+  for (const std::string& file : {std::string("this is no picture"), std::string(), encoded(drawing, "bmp"),
+                                  encoded(drawing, "ppm"), huge, encoded(drawing, "png").substr(0, 30)}) {
+    EXPECT_EQ(sizeOf(file), QSize(1, 1)) << file.substr(0, 8);
+  }
 }
 
 TEST(GlyphProvider, DrawsInTheColourAtTheSizeThatIsAskedFor) {

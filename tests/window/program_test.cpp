@@ -71,6 +71,22 @@ std::size_t colours(const QImage& image) {
   return found.size();
 }
 
+TEST_F(ProgramTest, StartsWithItsStandardDescriptorsOpenAndLimitsOfFilesAsErrors) {
+  const auto told = folder_.path() / "told";
+  const std::string script =
+      "QT_QPA_PLATFORM=offscreen QUELLAR_DEVICE_ROOT=" + root().string() +
+      " ASAN_OPTIONS=detect_leaks=0 " QUELLAR_BIN
+      "/quellar-settings <&- >&- 2>&- & pid=$!; for try in $(seq 300); do "
+      "links=$(readlink /proc/$pid/fd/0 /proc/$pid/fd/1 /proc/$pid/fd/2 | tr '\\n' ' '); "
+      "ignored=$(sed -n 's/^SigIgn:.*\\(.\\)......$/\\1/p' /proc/$pid/status); "
+      "[ \"$links$ignored\" = '/dev/null /dev/null /dev/null 1' ] && break; sleep 0.1; done; kill $pid; "
+      "echo \"$links$ignored\" >" +
+      told.string();
+  ASSERT_EQ(std::system(script.c_str()), 0);
+  // The signal with the number 25 is that of the limit.
+  EXPECT_EQ(contents(told), "/dev/null /dev/null /dev/null 1\n");
+}
+
 TEST_F(ProgramTest, TellsHelpAndVersion) {
   const Outcome help = run("--help");
   EXPECT_EQ(help.code, 0);
@@ -109,7 +125,7 @@ TEST_F(ProgramTest, RefusesARowThatThePageDoesNotHave) {
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 2);
   EXPECT_EQ(contents(errors),
-            "quellar-settings: the page \"Status Bar\" has no row \"nothing\"; `quellar rows` lists them\n");
+            "quellar-settings: the page \"Status Bar\" has no row \"nothing\"; `quellar schema` lists them\n");
 }
 
 TEST_F(ProgramTest, SaysSoInOneLineWhereThereIsNoDisplay) {

@@ -435,6 +435,12 @@ TEST_F(StepperRowTest, IsSetByAssistiveTechnologyInOneWrite) {
   EXPECT_EQ(stored("Dock_Defaults"), dock(7.0));
   EXPECT_EQ(stepper->property("value").toDouble(), 7);
   EXPECT_THAT(takePosts(), ElementsAre(kSettings));
+  for (const double value : {4.9e-324, 6.5, 7.0000000001}) {
+    stepper->setProperty("value", value);
+    EXPECT_EQ(stepper->property("value").toDouble(), 7) << "only steps lead to a value";
+  }
+  EXPECT_EQ(stored("Dock_Defaults"), dock(7.0));
+  EXPECT_THAT(takePosts(), IsEmpty());
 }
 
 TEST_F(StepperRowTest, PutsPlusAtTheLeftWhereTheTextRunsThatWay) {

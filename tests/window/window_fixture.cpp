@@ -89,8 +89,8 @@ void WindowTest::settle() {
   window_->navigation().settle();
   const auto atRest = [this] {
     const QQuickItem* top = list() ? list()->parentItem() : nullptr;
-    return panel().mainQueue().idle() && top && top->property("shift").toReal() == 0 &&
-           window_->navigation().rowCount() == window_->navigation().depth();
+    return panel().mainQueue().idle() && panel().preferences().isIdle() && top &&
+           top->property("shift").toReal() == 0 && window_->navigation().rowCount() == window_->navigation().depth();
   };
   ASSERT_TRUE(eventually(atRest));
   // Positions are set before the next picture is drawn.
@@ -197,6 +197,8 @@ void WindowTest::store(const std::string& defaultsKey, const platform::Dictionar
 }
 
 platform::Dictionary WindowTest::stored(const std::string& defaultsKey) {
+  if (!eventually([this] { return panel().preferences().isIdle(); }))
+    throw std::runtime_error("a write takes for ever");
   host::linux::FilePreferences store((host::linux::DeviceRoot(root_.path())));
   const auto value = store.copyAppValue(defaultsKey, "com.vantorick.quellar2");
   const auto* dictionary = value ? value->as<platform::Dictionary>() : nullptr;

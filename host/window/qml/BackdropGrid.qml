@@ -123,6 +123,8 @@ FocusScope {
                     height: grid.previews.itemHeight
                     focus: index === grid.current
 
+                    readonly property bool accessibleControl: true
+
                     onActiveFocusChanged: if (activeFocus) {
                         grid.current = index;
                         grid.reveal(item);
@@ -189,7 +191,7 @@ FocusScope {
                         radius: Math.min(height / 2, grid.previews.corner)
                         color: "#66000000"
                     }
-                    Text {
+                    PlainText {
                         id: number
 
                         anchors.centerIn: parent

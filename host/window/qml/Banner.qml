@@ -33,7 +33,7 @@ FocusScope {
         // The offer stands under the line where it would leave too little room for it.
         readonly property bool stacked: button.visible && button.wholeWidth > width * 0.45
 
-        Text {
+        PlainText {
             id: label
 
             y: card.stacked ? 10 : (parent.height - height) / 2
@@ -42,7 +42,6 @@ FocusScope {
             anchors.right: button.visible && !card.stacked ? button.left : parent.right
             anchors.rightMargin: button.visible && !card.stacked ? 8 : Theme.inset
             text: banner.text
-            textFormat: Text.PlainText
             color: banner.textColor
             font.pixelSize: Theme.smallSize
             lineHeight: 1.25

@@ -97,7 +97,7 @@ Item {
             font.weight: Font.DemiBold
             text: bar.page.title
         }
-        Text {
+        PlainText {
             id: titleText
 
             anchors.centerIn: parent

@@ -4,6 +4,7 @@ import QtQuick
 FocusScope {
     id: button
 
+    readonly property bool accessibleControl: true
     property string title
     property bool done: false
     property bool back: false
@@ -45,7 +46,7 @@ FocusScope {
             extent: 20
             anchors.verticalCenter: parent.verticalCenter
         }
-        Text {
+        PlainText {
             id: label
 
             x: button.back ? sign.width : 0

@@ -5,6 +5,7 @@ ListRow {
     id: row
 
     required property bool checked
+    readonly property bool accessibleControl: true
 
     labelColor: Theme.accent
     trailingWidth: checked ? mark.width : 0

@@ -241,6 +241,8 @@ FocusScope {
                                 FocusScope {
                                     id: before
 
+                                    readonly property bool accessibleControl: true
+
                                     width: parent.width / 2
                                     height: parent.height
 
@@ -272,6 +274,7 @@ FocusScope {
 
                                     Accessible.ignored: !visible
                                     Accessible.role: Accessible.StaticText
+                                    Accessible.focusable: false
                                     Accessible.name: panel.texts.now
                                     Accessible.description: panel.model.colorCode
                                 }
@@ -378,7 +381,7 @@ FocusScope {
                     }
                 }
 
-                Text {
+                PlainText {
                     id: refusal
 
                     width: parent.width
@@ -448,7 +451,7 @@ FocusScope {
         }
     }
 
-    component Caption: Text {
+    component Caption: PlainText {
         color: Theme.quiet
         font.pixelSize: Theme.smallSize
         horizontalAlignment: Text.AlignHCenter
@@ -467,6 +470,7 @@ FocusScope {
     component PanelButton: FocusScope {
         id: button
 
+        readonly property bool accessibleControl: true
         required property string title
         property bool strong: false
         readonly property real needed: label.implicitWidth + 24
@@ -493,7 +497,7 @@ FocusScope {
             border.width: button.activeFocus && panel.keyboardInUse ? 2 : 0
             border.color: Theme.accent
         }
-        Text {
+        PlainText {
             id: label
 
             anchors.centerIn: parent

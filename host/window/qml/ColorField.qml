@@ -90,6 +90,7 @@ FocusScope {
     }
 
     component Axis: Item {
+        readonly property bool accessibleControl: true
         property real value: 0
         readonly property real minimumValue: 0
         readonly property real maximumValue: 1

@@ -6,6 +6,7 @@ ListRow {
     id: row
 
     required property color swatch
+    readonly property bool accessibleControl: true
 
     trailingWidth: picture.width
     trailingHeight: picture.height
@@ -31,11 +32,11 @@ ListRow {
         }
     }
 
+    about: "#" + Theme.hex(swatch)
     onTapped: list.rows.activate(index)
 
     Accessible.role: Accessible.Button
     Accessible.name: label
-    Accessible.description: "#" + Theme.hex(swatch)
     Accessible.focusable: rowEnabled
     Accessible.onPressAction: tapped()
 }

@@ -19,6 +19,8 @@ FocusScope {
     readonly property real travel: width - handle.width
     readonly property real place: mirrored ? 1 - value / maximumValue : value / maximumValue
 
+    readonly property bool accessibleControl: true
+
     // The user asks for another value.
     signal moved(real target)
 

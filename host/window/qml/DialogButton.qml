@@ -4,6 +4,7 @@ import QtQuick
 FocusScope {
     id: button
 
+    readonly property bool accessibleControl: true
     required property string title
     required property string style
     property bool apart: false
@@ -38,7 +39,7 @@ FocusScope {
             height: 1 / Screen.devicePixelRatio
             color: Theme.hairline
         }
-        Text {
+        PlainText {
             id: label
 
             anchors.centerIn: parent

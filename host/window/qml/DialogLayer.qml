@@ -192,7 +192,7 @@ FocusScope {
                         width: parent.width - 40
                         spacing: 6
 
-                        Text {
+                        PlainText {
                             width: parent.width
                             text: overlay.dialog.title
                             color: Theme.title
@@ -202,7 +202,7 @@ FocusScope {
                             horizontalAlignment: Text.AlignHCenter
                             Accessible.ignored: true
                         }
-                        Text {
+                        PlainText {
                             width: parent.width
                             visible: text !== ""
                             text: overlay.dialog.message

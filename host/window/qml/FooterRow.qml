@@ -5,20 +5,21 @@ import QtQuick
 Item {
     id: footerRow
 
+    required property int index
+    readonly property bool accessibleControl: true
     required property string label
     required property string footer
 
     width: ListView.view ? ListView.view.width : 0
     height: text.implicitHeight + 10
 
-    Text {
+    PlainText {
         id: text
 
         x: Theme.sideInset(footerRow.width) + Theme.inset
         y: 8
         width: footerRow.width - 2 * x
         text: footerRow.label
-        textFormat: Text.PlainText
         color: Theme.quiet
         font.pixelSize: Theme.smallSize
         lineHeight: 1.35
@@ -29,5 +30,6 @@ Item {
 
     Accessible.ignored: footer !== "" || !visible
     Accessible.role: Accessible.StaticText
+    Accessible.focusable: false
     Accessible.name: label
 }

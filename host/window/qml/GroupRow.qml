@@ -14,7 +14,7 @@ Item {
     width: ListView.view ? ListView.view.width : 0
     height: titled ? (index === 0 ? 8 : 26) + title.implicitHeight + 8 : (index === 0 ? 0 : 24)
 
-    Text {
+    PlainText {
         id: title
 
         visible: group.titled

@@ -5,6 +5,7 @@ ListRow {
     id: row
 
     required property string opens
+    readonly property bool accessibleControl: true
 
     selected: list && opens !== "" && opens === list.detailClass
     trailingWidth: chevron.width

@@ -8,6 +8,7 @@ FocusScope {
 
     required property int index
     required property string label
+    required property string group
     required property string icon
     required property bool iconColumn
     required property bool rowEnabled
@@ -27,6 +28,9 @@ FocusScope {
     // What stands under the label, and the room that it takes.
     property alias below: card.data
     property real belowHeight: 0
+    // What a screen reader says of the row beside its name and its group.
+    property string about: ""
+    readonly property string description: [group, about].filter(part => part !== "").join(", ")
     property real leastLine: Theme.rowHeight
     // What stands at the right of the label goes under it, where a row kind finds that it leaves too little room.
     property bool stacked: false
@@ -51,6 +55,7 @@ FocusScope {
 
     // A page that lies beneath another one is not there for a screen reader.
     Accessible.ignored: !visible
+    Accessible.description: description
 
     onActiveFocusChanged: if (activeFocus && list)
         list.follow(index)
@@ -107,7 +112,7 @@ FocusScope {
             Accessible.ignored: true
         }
 
-        Text {
+        PlainText {
             id: labelText
 
             y: ((row.stacked ? row.labelHeight : row.lineHeight) - height) / 2

@@ -56,6 +56,8 @@ FocusScope {
             readonly property Item above: index + 1 < pages.count ? pages.itemAt(index + 1) : null
             readonly property real covered: above && !beside ? 1 - above.shift : 0
             readonly property real aside: shift * width - 0.28 * covered * width
+            // Another program has changed what the page shows.
+            readonly property bool isOld: stack.topView === view && stack.elsewhere && stack.elsewhere.changed
 
             function selectedIndex() {
                 return list.rows.indexOpening(detailClass);
@@ -70,8 +72,8 @@ FocusScope {
             }
 
             status: stack.status
-            notice: stack.topView === view && stack.elsewhere && stack.elsewhere.changed ? stack.texts.changedElsewhere : ""
-            noticeAction: stack.texts.reopen
+            notice: isOld ? stack.texts.changedElsewhere : stack.topView === view ? stack.status.hint : ""
+            noticeAction: isOld ? stack.texts.reopen : ""
             onNoticeActed: stack.reopen()
             rowOrder: stack.rowOrder
             width: beside ? stack.firstWidth : stack.width - leftEdge

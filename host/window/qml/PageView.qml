@@ -144,6 +144,7 @@ FocusScope {
         textColor: Theme.title
         keyboardInUse: view.status.keyboardInUse
         onActed: view.noticeActed()
+        onDismissed: view.status.dismissHint()
         onAppeared: view.status.tellShown(notice, true)
     }
 
@@ -210,6 +211,9 @@ FocusScope {
         }
         // Brings a row to the upper part of the view, where what belongs to it is seen below.
         function show(index) {
+            // Not back to where it was before the window took its size.
+            resettling.stop();
+            resettling.kept = null;
             positionViewAtIndex(index, ListView.Beginning);
             scrollBy(-height * 0.15);
             focusRow(index);

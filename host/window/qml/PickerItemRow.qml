@@ -6,6 +6,7 @@ ListRow {
     id: row
 
     required property bool checked
+    readonly property bool accessibleControl: true
 
     labelColor: Theme.title
     trailingWidth: mark.width
@@ -27,6 +28,5 @@ ListRow {
     Accessible.focusable: rowEnabled
     Accessible.checkable: true
     Accessible.checked: checked
-    Accessible.onToggleAction: tapped()
     Accessible.onPressAction: tapped()
 }

@@ -6,6 +6,7 @@ ListRow {
     id: row
 
     required property string text
+    readonly property bool accessibleControl: true
 
     readonly property real textRoom: stacked ? room - chevron.width - 4 : besideRoom
     readonly property real besideRoom: Math.max(room * 0.4, room - 12 - labelLength.advanceWidth) - chevron.width - 4
@@ -15,7 +16,7 @@ ListRow {
     trailingWidth: chevron.width + (text === "" ? 0 : chosen.width + 4)
     trailingHeight: chosen.implicitHeight
     trailing: [
-        Text {
+        PlainText {
             id: chosen
 
             anchors.verticalCenter: parent.verticalCenter
@@ -51,11 +52,11 @@ ListRow {
         }
     ]
 
+    about: text
     onTapped: list.rows.activate(index)
 
     Accessible.role: Accessible.Button
     Accessible.name: label
-    Accessible.description: text
     Accessible.focusable: rowEnabled
     Accessible.onPressAction: tapped()
 }

@@ -6,10 +6,11 @@ ListRow {
     id: row
 
     required property string kind
+    readonly property bool accessibleControl: true
 
     pressable: false
     trailingWidth: kindText.implicitWidth
-    trailing: Text {
+    trailing: PlainText {
         id: kindText
 
         anchors.verticalCenter: parent.verticalCenter
@@ -20,7 +21,8 @@ ListRow {
         Accessible.ignored: true
     }
 
+    about: kind
     Accessible.role: Accessible.StaticText
+    Accessible.focusable: false
     Accessible.name: label
-    Accessible.description: kind
 }

@@ -73,6 +73,7 @@ Item {
 
                 required property int index
                 required property string modelData
+                readonly property bool accessibleControl: true
                 readonly property bool isChosen: index === control.chosen
 
                 width: (control.width - 4) / grid.columns
@@ -84,9 +85,8 @@ Item {
                 Accessible.checkable: true
                 Accessible.checked: isChosen
                 Accessible.onPressAction: control.picked(index)
-                Accessible.onToggleAction: control.picked(index)
 
-                Text {
+                PlainText {
                     id: title
 
                     anchors.centerIn: parent

@@ -15,6 +15,7 @@ ListRow {
     required property real maximum
     required property real step
     property bool typed: false
+    readonly property bool accessibleControl: true
 
     // What assistive technology reads and sets.
     property real value: track.shown
@@ -47,6 +48,7 @@ ListRow {
         list.rows.moveTo(index, wanted);
     }
 
+    about: footnote
     pressable: false
     leastLine: Theme.target
     trailingWidth: valueText.text === "" ? 0 : Math.ceil(Math.max(least.advanceWidth, most.advanceWidth, valueText.implicitWidth)) + (typed ? 24 : 2)
@@ -54,6 +56,8 @@ ListRow {
     trailing: [
         Rectangle {
             id: plate
+
+            readonly property bool accessibleControl: true
 
             anchors.verticalCenter: parent.verticalCenter
             width: parent.width
@@ -68,7 +72,7 @@ ListRow {
             Accessible.description: row.label
             Accessible.onPressAction: row.enter("")
 
-            Text {
+            PlainText {
                 id: valueText
 
                 anchors.verticalCenter: parent.verticalCenter
@@ -129,7 +133,7 @@ ListRow {
                 row.list.rows.moveTo(row.index, value);
             }
         },
-        Text {
+        PlainText {
             id: footnoteText
 
             x: row.labelX
@@ -161,7 +165,6 @@ ListRow {
 
     Accessible.role: Accessible.Slider
     Accessible.name: label
-    Accessible.description: footnote
     Accessible.focusable: rowEnabled
     Accessible.onIncreaseAction: stepBy(1)
     Accessible.onDecreaseAction: stepBy(-1)

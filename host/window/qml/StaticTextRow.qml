@@ -2,8 +2,11 @@
 import QtQuick
 
 ListRow {
+    readonly property bool accessibleControl: true
+
     pressable: false
 
     Accessible.role: Accessible.StaticText
+    Accessible.focusable: false
     Accessible.name: label
 }

@@ -13,6 +13,7 @@ ListRow {
     required property bool canDecrease
     required property bool canIncrease
     required property bool autorepeat
+    readonly property bool accessibleControl: true
 
     // What assistive technology reads and sets.
     property real value: level
@@ -44,7 +45,7 @@ ListRow {
     trailingWidth: ground.width + (text === "" ? 0 : number.implicitWidth + 14)
     trailingHeight: ground.height
     trailing: [
-        Text {
+        PlainText {
             id: number
 
             anchors.verticalCenter: parent.verticalCenter

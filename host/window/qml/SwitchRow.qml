@@ -6,6 +6,7 @@ ListRow {
 
     required property bool checked
     required property color tint
+    readonly property bool accessibleControl: true
 
     pressable: false
     trailingWidth: toggle.width
@@ -25,6 +26,5 @@ ListRow {
     Accessible.focusable: rowEnabled
     Accessible.checkable: true
     Accessible.checked: checked
-    Accessible.onToggleAction: tapped()
     Accessible.onPressAction: tapped()
 }

@@ -10,6 +10,7 @@ ListRow {
     required property string placeholder
     required property bool editing
 
+    about: placeholder
     pressable: false
     trailingHeight: input.implicitHeight
     trailingWidth: room - 12 - Math.min(Math.ceil(labelLength.advanceWidth), room * 0.45)
@@ -54,11 +55,11 @@ ListRow {
             Accessible.ignored: !visible
             Accessible.role: Accessible.EditableText
             Accessible.name: row.label
-            Accessible.description: row.placeholder
+            Accessible.description: row.description
             Accessible.editable: true
             Accessible.focusable: row.rowEnabled
 
-            Text {
+            PlainText {
                 anchors.fill: parent
                 visible: input.text === "" && input.preeditText === ""
                 verticalAlignment: Text.AlignVCenter

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -8,19 +9,21 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
-#include "host/linux/property_list_binary.h"
-#include "host/linux/property_list_rules.h"
+#include "host/linux/property_list/rules.h"
 #include "platform/value.h"
 
-// The door to property-list files, and the one place that knows libplist. What comes in is checked before that library
-// sees it, because it is lenient; what goes out is checked before it is stored, so that what is written can be read.
+// The door to property-list files. What comes in is held to the rules; what goes out is too, so that what is written
+// can be read. Where memory runs out an operation throws std::bad_alloc and has changed nothing.
 //
-// libplist knows integers that platform::Value does not: unsigned ones from 2^63 on read as the nearest real, and UIDs
-// as the dictionary {"CF$UID": number} that they are in XML. They are kept as they are in a dictionary that is edited,
-// unless the value that stands in their place is another one.
+// A file may hold integers that platform::Value does not: those from 2^63 on read as the nearest real, and UIDs as the
+// dictionary {"CF$UID": number} that they are in XML. They are kept as they are in a dictionary that is edited, unless
+// the value that stands in their place is another one.
 
 namespace quellar::host::linux {
+
+class PropertyListObjects;
 
 /// A property list in its binary form.
 class EncodedPropertyList {
@@ -32,12 +35,6 @@ class EncodedPropertyList {
   std::string bytes_;
 };
 
-struct PropertyListNodeFree {
-  void operator()(void* node) const;
-};
-/// A node of libplist (plist_t) with all below it.
-using PropertyListNode = std::unique_ptr<void, PropertyListNodeFree>;
-
 /// Reads a whole property list, binary or XML, with any value at its top. Throws PropertyListError.
 [[nodiscard]] platform::Value parsePropertyList(std::string_view bytes);
 
@@ -47,14 +44,19 @@ using PropertyListNode = std::unique_ptr<void, PropertyListNodeFree>;
 
 /// A property list with a dictionary at its top, as a domain file is. Entries that are not touched are written as they
 /// were read.
+///
+/// A copy shares what both hold, which never changes, and costs little more than its keys. Each may be used on a thread
+/// of its own.
 class PropertyListDictionary {
  public:
   /// An empty dictionary.
-  PropertyListDictionary();
+  PropertyListDictionary() = default;
   /// Reads a file's bytes, binary or XML. Throws PropertyListError where they are no property list, where its top is no
   /// dictionary, or where it breaks one of the limits.
   explicit PropertyListDictionary(std::string_view bytes);
 
+  /// The keys of all entries, in byte order.
+  [[nodiscard]] std::vector<std::string> keys() const;
   /// The value of an entry, or nothing.
   [[nodiscard]] std::optional<platform::Value> value(std::string_view key) const;
   /// Sets an entry. Throws PropertyListError, and changes nothing, where key or value can't be stored.
@@ -67,11 +69,13 @@ class PropertyListDictionary {
   [[nodiscard]] EncodedPropertyList encode() const;
 
  private:
-  void forget(std::string_view key);
+  /// One of the objects of a file that was read; or, once it was set or encoded, the top of objects of its own.
+  struct Entry {
+    std::shared_ptr<const PropertyListObjects> objects;
+    std::uint32_t object = 0;
+  };
 
-  PropertyListNode root_;
-  /// Entries that were encoded before, by key.
-  mutable std::map<std::string, BinaryPropertyListPart, std::less<>> parts_;
+  mutable std::map<std::string, Entry, std::less<>> entries_;
 };
 
 }  // namespace quellar::host::linux

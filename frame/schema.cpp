@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "host/cli/schema.h"
+#include "frame/schema.h"
 
 #include <algorithm>
 #include <utility>
 
 #include "frame/names.h"
-#include "platform/list_controller.h"
+#include "frame/page_walk.h"
+#include "platform/platform.h"
 
-namespace quellar::host::cli {
+namespace quellar::frame {
 
-using frame::Post;
 using platform::PSCellType;
-using platform::PSListController;
 using platform::PSSpecifier;
 using platform::Value;
 
@@ -43,15 +42,21 @@ std::optional<Value> copied(const Value* value) {
   return value ? std::optional(*value) : std::nullopt;
 }
 
-class Collector {
+class SchemaCollector {
  public:
-  Collector(const frame::Page& page, platform::Platform& platform) : page_(page), platform_(platform) {}
+  SchemaCollector(const Page& page, platform::Platform& platform) : page_(page), platform_(platform) {}
 
   std::vector<SchemaKey> collect() {
-    add(page_.rows);
-    for (const frame::ForeignKey& foreign : page_.foreignKeys) {
+    walkRows(page_, {platform_, {}}, [this](const RowPlace& place) {
+      if (place.fileRow) {
+        add(*place.fileRow);
+      } else {
+        std::visit(*this, place.row.row);
+      }
+    });
+    for (const ForeignKey& foreign : page_.foreignKeys) {
       const bool hasChoices = !foreign.choices.values.empty();
-      SchemaKey key = keyOf(foreign.key, hasChoices ? typeOf(foreign.choices.values) : kString, foreign.label, {});
+      SchemaKey key = entryOf(foreign.key, hasChoices ? typeOf(foreign.choices.values) : kString, foreign.label, {});
       key.values = foreign.choices.values;
       key.titles = foreign.choices.titles;
       addNames(foreign.posts, key.posts);
@@ -61,11 +66,11 @@ class Collector {
   }
 
   // One for each kind of row.
-  void operator()(const frame::Group&) {}
-  void operator()(const frame::Link&) {}
-  void operator()(const frame::Button&) {}
-  void operator()(const frame::Switch& row) {
-    SchemaKey key = keyOf(row.key, kBoolean, row.label.english, row.byDefault);
+  void operator()(const Group&) {}
+  void operator()(const Link&) {}
+  void operator()(const Button&) {}
+  void operator()(const Switch& row) {
+    SchemaKey key = entryOf(row.key, kBoolean, row.label.english, row.byDefault);
     if (row.defaults.empty()) {
       key.posts = postsOf(row.key, row.properties);
     } else {
@@ -73,52 +78,44 @@ class Collector {
     }
     add(std::move(key));
   }
-  void operator()(const frame::TextEntry& row) { addWritten(keyOf(row.key, kString, row.label.english, {})); }
-  void operator()(const frame::Slider& row) {
-    SchemaKey key = keyOf(row.key, kReal, row.label.english, row.byDefault);
+  void operator()(const TextEntry& row) { addWritten(entryOf(row.key, kString, row.label.english, {})); }
+  void operator()(const Slider& row) {
+    SchemaKey key = entryOf(row.key, kReal, row.label.english, row.byDefault);
     key.minimum = typed(row.minimum, kReal);
     key.maximum = typed(row.maximum, kReal);
     addWritten(std::move(key));
   }
-  void operator()(const frame::Stepper& row) {
-    SchemaKey key = keyOf(row.key, kInteger, row.units ? row.units->many : row.label.english, Value(row.byDefault));
+  void operator()(const Stepper& row) {
+    SchemaKey key = entryOf(row.key, kInteger, row.units ? row.units->many : row.label.english, Value(row.byDefault));
     // The platform stepper's own bounds, where a row sets none.
     key.minimum = row.minimum.value_or(0);
     key.maximum = row.maximum.value_or(100);
     // It stores and posts itself.
-    key.posts = {std::string(frame::kSettings)};
+    key.posts = {std::string(kSettings)};
     if (row.requestsNotification) {
       key.posts.emplace_back("stepperValueChanged");
       if (page_.stepperRefresh) addNames(page_.stepperRefresh->posts, key.posts);
     }
     add(std::move(key));
   }
-  void operator()(const frame::Segment& row) { addChoices(row.key, row.label.english, row.choices, row.byDefault); }
-  void operator()(const frame::Picker& row) { addChoices(row.key, row.label.english, row.choices, {}); }
-  void operator()(const frame::ColorRow& row) {
-    SchemaKey key = keyOf(row.colorKey, kColor, row.label.english, Value(row.defaultColor));
+  void operator()(const Segment& row) { addChoices(row.key, row.label.english, row.choices, row.byDefault); }
+  void operator()(const Picker& row) { addChoices(row.key, row.label.english, row.choices, {}); }
+  void operator()(const ColorRow& row) {
+    SchemaKey key = entryOf(row.colorKey, kColor, row.label.english, Value(row.defaultColor));
     if (!page_.colors.defaultsKey.empty()) key.defaultsKey = page_.colors.defaultsKey;
     addNames({page_.colors.post}, key.posts);
     addNames(page_.colors.postsBeforeRedraw, key.posts);
     addNames(page_.colors.postsAfterRedraw, key.posts);
     add(std::move(key));
   }
-  void operator()(const frame::RowFile& file) {
-    PSListController loader(platform_, page_.className);
-    auto rows = loader.loadSpecifiersFromPlistName(file.name, frame::kBundlePath);
-    if (file.firstRowOnly && rows.size() > 1) rows.resize(1);
-    for (const auto& row : rows) add(*row);
-  }
-  void operator()(const frame::Computed& computed) { add(computed.rows({platform_, {}})); }
-  void operator()(const frame::Dependent& block) { add(block.rows); }
+  // The walk visits the rows that these stand for.
+  void operator()(const RowFile&) {}
+  void operator()(const Computed&) {}
+  void operator()(const Dependent&) {}
 
  private:
-  void add(const std::vector<frame::Row>& rows) {
-    for (const frame::Row& row : rows) std::visit(*this, row.row);
-  }
-
   void add(SchemaKey key) {
-    if (key.key.empty() || std::ranges::find(keys_, key.key, &SchemaKey::key) != keys_.end()) return;
+    if (std::ranges::find(keys_, key.key, &SchemaKey::key) != keys_.end()) return;
     keys_.push_back(std::move(key));
   }
 
@@ -127,9 +124,9 @@ class Collector {
     add(std::move(key));
   }
 
-  void addChoices(const std::string& name, const std::string& label, const frame::Choices& choices,
+  void addChoices(const std::string& name, const std::string& label, const Choices& choices,
                   const std::optional<Value>& byDefault) {
-    SchemaKey key = keyOf(name, typeOf(choices.values), label, byDefault);
+    SchemaKey key = entryOf(name, typeOf(choices.values), label, byDefault);
     key.values = choices.values;
     key.titles = choices.titles;
     addWritten(std::move(key));
@@ -137,24 +134,25 @@ class Collector {
 
   /// A row of a row file.
   void add(const PSSpecifier& row) {
+    if (!keyOf(row)) return;
     const auto byDefault = copied(row.valueForKey("default"));
     const std::string name = row.stringForKey("key");
     SchemaKey key;
     switch (row.cellType()) {
       case PSCellType::PSSwitchCell:
-        key = keyOf(name, kBoolean, row.name(), byDefault);
+        key = entryOf(name, kBoolean, row.name(), byDefault);
         break;
       case PSCellType::PSEditTextCell:
-        key = keyOf(name, kString, row.name(), byDefault);
+        key = entryOf(name, kString, row.name(), byDefault);
         break;
       case PSCellType::PSSliderCell:
-        key = keyOf(name, kReal, row.name(), byDefault);
+        key = entryOf(name, kReal, row.name(), byDefault);
         key.minimum = typed(copied(row.valueForKey("min")), kReal);
         key.maximum = typed(copied(row.valueForKey("max")), kReal);
         break;
       case PSCellType::PSLinkListCell:
       case PSCellType::PSSegmentCell:
-        key = keyOf(name, typeOf(row.values()), row.name(), byDefault);
+        key = entryOf(name, typeOf(row.values()), row.name(), byDefault);
         key.values = row.values();
         key.titles = row.titles();
         break;
@@ -172,8 +170,8 @@ class Collector {
     }
   }
 
-  [[nodiscard]] SchemaKey keyOf(const std::string& name, const std::string& type, const std::string& label,
-                                const std::optional<Value>& byDefault) const {
+  [[nodiscard]] SchemaKey entryOf(const std::string& name, const std::string& type, const std::string& label,
+                                  const std::optional<Value>& byDefault) const {
     SchemaKey key;
     key.page = page_.className;
     key.defaultsKey = page_.defaultsKey;
@@ -207,15 +205,15 @@ class Collector {
     }
   }
 
-  const frame::Page& page_;
+  const Page& page_;
   platform::Platform& platform_;
   std::vector<SchemaKey> keys_;
 };
 
 }  // namespace
 
-std::vector<SchemaKey> schemaOf(const frame::Page& page, platform::Platform& platform) {
-  return Collector(page, platform).collect();
+std::vector<SchemaKey> schemaOf(const Page& page, platform::Platform& platform) {
+  return SchemaCollector(page, platform).collect();
 }
 
-}  // namespace quellar::host::cli
+}  // namespace quellar::frame

@@ -8,7 +8,7 @@
 #include "frame/page.h"
 #include "platform/platform.h"
 
-namespace quellar::host::cli {
+namespace quellar::frame {
 
 /// What is known of a preference key before anything is stored.
 struct SchemaKey {
@@ -33,6 +33,6 @@ struct SchemaKey {
 };
 
 /// The keys of a page's description in display order, those of all dependent blocks among them, each key once.
-[[nodiscard]] std::vector<SchemaKey> schemaOf(const frame::Page& page, platform::Platform& platform);
+[[nodiscard]] std::vector<SchemaKey> schemaOf(const Page& page, platform::Platform& platform);
 
-}  // namespace quellar::host::cli
+}  // namespace quellar::frame
