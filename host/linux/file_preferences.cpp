@@ -122,8 +122,12 @@ void FilePreferences::adopt(std::string_view domainName, const WrittenVersion& w
 FilePreferences::Transaction::Transaction(FilePreferences& preferences, std::string_view domainName)
     : preferences_(preferences) {
   const Domain& domain = preferences.domainNamed(domainName);
-  const DomainPlace place = preferences.placeOf(domain);
-  preferences.transaction_.emplace(domain.name, DomainLock(place, preferences.options_.lockLimit));
+  try {
+    const DomainPlace place = preferences.placeOf(domain);
+    preferences.transaction_.emplace(domain.name, DomainLock(place, preferences.options_.lockLimit));
+  } catch (const FileError& error) {
+    preferences.transaction_.emplace(domain.name, error);
+  }
 }
 
 std::uint64_t FilePreferences::generation(std::string_view domainName) {
@@ -298,13 +302,13 @@ std::vector<PreferenceChange> FilePreferences::withUnsaved(const Domain& domain,
 /// Writes the changes, and returns once they are on the device. Throws where that fails.
 WrittenVersion FilePreferences::store(Domain& domain, const std::vector<PreferenceChange>& changes) {
   if (!isDomainName(domain.name)) throw FileError(root_.hostPath(domain.path), "no domain can have this name");
-  const DomainPlace place = placeOf(domain);
-  const bool isInTransaction = transaction_ && transaction_->domain == domain.name;
   std::optional<DomainLock> lock;
-  if (isInTransaction) {
-    lock.emplace(std::move(transaction_->lock));
-    transaction_.reset();
+  if (transaction_ && transaction_->domain == domain.name) {
+    auto held = std::move(std::exchange(transaction_, std::nullopt)->lock);
+    if (const auto* error = std::get_if<FileError>(&held)) throw *error;
+    lock.emplace(std::get<DomainLock>(std::move(held)));
   }
+  const DomainPlace place = placeOf(domain);
   std::optional<WrittenVersion> written;
   for (int attempt = 0; !written; ++attempt) {
     if (attempt == kMostAttempts) throw FileError(place.file, "other programs keep replacing it");

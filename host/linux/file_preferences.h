@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "host/linux/device_root.h"
@@ -102,7 +103,7 @@ class FilePreferences final : public platform::Preferences {
   void adopt(std::string_view domain, const WrittenVersion& written);
 
   /// Holds a domain's lock from now on until the domain's next write has replaced the file, or to its own end. What is
-  /// read meanwhile is what that write replaces. Throws a FileError where the lock can't be taken.
+  /// read meanwhile is what that write replaces. Where the lock can't be taken, that write fails.
   class Transaction {
    public:
     Transaction(FilePreferences& preferences, std::string_view domain);
@@ -168,7 +169,7 @@ class FilePreferences final : public platform::Preferences {
   };
   struct HeldLock {
     std::string domain;
-    DomainLock lock;
+    std::variant<DomainLock, FileError> lock;
   };
 
   Domain& domainNamed(std::string_view name);
