@@ -67,9 +67,9 @@ struct Plan {
 };
 
 std::string describe(const TracedRun& run, std::size_t failing, int error) {
-  std::string text = "call " + std::to_string(failing) + " (number " +
-                     (failing < run.calls.size() ? std::to_string(run.calls[failing].number) : "?") + ") fails with " +
-                     host::linux::errorText(error) + "; exit " + std::to_string(run.end.code);
+  const std::string text = "call " + std::to_string(failing) + " (number " +
+                           (failing < run.calls.size() ? std::to_string(run.calls[failing].number) : "?") +
+                           ") fails with " + host::linux::errorText(error) + "; exit " + std::to_string(run.end.code);
   return text + "\n" + run.output + run.errors;
 }
 

@@ -32,6 +32,13 @@ std::atomic<unsigned> looks{0};
 /// An operator new of the library may itself call malloc, which is the same allocation.
 thread_local bool isWithinNew __attribute__((tls_model("initial-exec"))) = false;
 
+struct WithinNew {
+  WithinNew() { isWithinNew = true; }
+  ~WithinNew() { isWithinNew = false; }
+  WithinNew(const WithinNew&) = delete;
+  WithinNew& operator=(const WithinNew&) = delete;
+};
+
 bool fails() {
   if (isWithinNew) return false;
   return allocations.fetch_add(1) == failing.load();
@@ -84,6 +91,8 @@ long jump() {
 
 extern "C" {
 
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the C library's names are reserved.
+
 void* malloc(std::size_t size) {
   if (fails()) {
     errno = ENOMEM;
@@ -129,35 +138,28 @@ time_t time(time_t* result) {
   return now.tv_sec;
 }
 
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
+
 }  // extern "C"
 
 void* operator new(std::size_t size) {
   if (fails()) throw std::bad_alloc();
-  isWithinNew = true;
-  struct Leave {
-    ~Leave() { isWithinNew = false; }
-  } leave;
+  const WithinNew within;
   return next(nextNew, "_Znwm")(size);
 }
 
 void* operator new[](std::size_t size) {
   if (fails()) throw std::bad_alloc();
-  isWithinNew = true;
-  struct Leave {
-    ~Leave() { isWithinNew = false; }
-  } leave;
+  const WithinNew within;
   return next(nextNewArray, "_Znam")(size);
 }
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   if (fails()) return nullptr;
   try {
-    isWithinNew = true;
-    void* block = next(nextNew, "_Znwm")(size);
-    isWithinNew = false;
-    return block;
+    const WithinNew within;
+    return next(nextNew, "_Znwm")(size);
   } catch (const std::bad_alloc&) {
-    isWithinNew = false;
     return nullptr;
   }
 }

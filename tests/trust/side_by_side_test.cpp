@@ -9,6 +9,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -116,7 +117,8 @@ int writeAsStranger(const fs::path& file, int output, const std::atomic<unsigned
     std::optional<std::string> lost;
     for (const auto until = Clock::now() + 500ms; Clock::now() < until; std::this_thread::sleep_for(5ms)) {
       domain = readAsStranger(file);
-      if (domain && !(lost = missing(*domain, count))) break;
+      lost = domain ? missing(*domain, count) : std::nullopt;
+      if (domain && !lost) break;
     }
     if (!domain || lost) {
       tellParent(output, "lost " + lost.value_or("all"));
