@@ -177,16 +177,22 @@ PreparedChange prepare(const SetCommand& command, linux::Services& services, Pan
 
 void setValue(const SetCommand& command, linux::Services& services, PanelHost::Detail detail) {
   auto& preferences = services.preferences;
-  const std::uint64_t generation = preferences.generation(frame::kSettingsDomain);
+  std::uint64_t generation = preferences.generation(frame::kSettingsDomain);
   PreparedChange change = prepare(command, services, detail);
 
   auto& bus = services.bus;
   {
-    // Nobody else writes between what the page was made from and what it writes.
+    // Nobody else who takes the lock writes between what the page is made from and what it writes.
     std::optional<linux::FilePreferences::Transaction> transaction;
     if (change.keepsDictionary) {
       transaction.emplace(preferences, frame::kSettingsDomain);
-      if (preferences.generation(frame::kSettingsDomain) != generation) change = prepare(command, services, detail);
+      while (true) {
+        const std::uint64_t now = preferences.generation(frame::kSettingsDomain);
+        transaction->beginAgain();
+        if (now == generation) break;
+        generation = now;
+        change = prepare(command, services, detail);
+      }
     }
     change.carryOut();
   }

@@ -394,7 +394,13 @@ bool NextVersion::commit(const std::optional<FileVersion>& expected) {
     isLeft_ = false;
     unlock(handle_);
     if (!expected) return true;
-    const std::optional<FileVersion> replaced = versionAt(place_.folder(), temporaryName_, place_.file);
+    std::optional<FileVersion> replaced;
+    try {
+      replaced = versionAt(place_.folder(), temporaryName_, place_.file);
+    } catch (const FileError&) {
+      static_cast<void>(putBack());
+      throw;
+    }
     if (replaced && !replaced->hasSameContents(*expected)) return putBack();
     // Where it can't be removed at once, it is tried again at the end.
     isLeft_ = !tryToRemoveName(place_.folder(), temporaryName_);

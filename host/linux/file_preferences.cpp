@@ -67,7 +67,12 @@ bool FilePreferences::wasRead(std::string_view domainName) const {
 
 void FilePreferences::setAppValue(std::string_view key, const std::optional<Value>& value,
                                   std::string_view domainName) {
-  write(domainName, {{.key = std::string(key), .value = value}});
+  PreferenceChange change{.key = std::string(key), .value = value};
+  if (transaction_ && transaction_->domain == domainName) {
+    change.merges = true;
+    change.base = transaction_->base.value(key);
+  }
+  write(domainName, {std::move(change)});
 }
 
 void FilePreferences::appSynchronize(std::string_view domainName) {
@@ -121,13 +126,18 @@ void FilePreferences::adopt(std::string_view domainName, const WrittenVersion& w
 
 FilePreferences::Transaction::Transaction(FilePreferences& preferences, std::string_view domainName)
     : preferences_(preferences) {
-  const Domain& domain = preferences.domainNamed(domainName);
+  Domain& domain = preferences.domainNamed(domainName);
   try {
     const DomainPlace place = preferences.placeOf(domain);
-    preferences.transaction_.emplace(domain.name, DomainLock(place, preferences.options_.lockLimit));
+    preferences.transaction_.emplace(domain.name, DomainLock(place, preferences.options_.lockLimit), domain.entries);
   } catch (const FileError& error) {
-    preferences.transaction_.emplace(domain.name, error);
+    preferences.transaction_.emplace(domain.name, error, domain.entries);
   }
+}
+
+void FilePreferences::Transaction::beginAgain() {
+  auto& transaction = preferences_.transaction_;
+  if (transaction) transaction->base = preferences_.domainNamed(transaction->domain).entries;
 }
 
 std::uint64_t FilePreferences::generation(std::string_view domainName) {

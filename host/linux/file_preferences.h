@@ -102,12 +102,15 @@ class FilePreferences final : public platform::Preferences {
   /// Takes over what another store of this process has just written, without reading the file.
   void adopt(std::string_view domain, const WrittenVersion& written);
 
-  /// Holds a domain's lock from now on until the domain's next write has replaced the file, or to its own end. What is
-  /// read meanwhile is what that write replaces. Where the lock can't be taken, that write fails.
+  /// Holds a domain's lock from now on until the domain's next write has replaced the file, or to its own end. That
+  /// write is a change of what the domain held when the transaction began, or was begun again: a program that takes no
+  /// lock loses nothing either. Where the lock can't be taken, that write fails.
   class Transaction {
    public:
     Transaction(FilePreferences& preferences, std::string_view domain);
     ~Transaction() { preferences_.transaction_.reset(); }
+    /// Begins again with what was last read of the domain.
+    void beginAgain();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
 
@@ -170,6 +173,8 @@ class FilePreferences final : public platform::Preferences {
   struct HeldLock {
     std::string domain;
     std::variant<DomainLock, FileError> lock;
+    /// What the domain held when the transaction began.
+    PropertyListDictionary base;
   };
 
   Domain& domainNamed(std::string_view name);

@@ -886,6 +886,18 @@ TEST_F(FilePreferencesTest, HoldsTheLockOfATransactionUntilItsWriteHasReplacedTh
   EXPECT_EQ(stored(), Value(Dictionary{{"count", 2}, {"late", 2}}));
 }
 
+TEST_F(FilePreferencesTest, KeepsInATransactionWhatAProgramWithoutTheLockStores) {
+  const auto store = newStore();
+  store->setAppValue("Dock_Defaults", Value(Dictionary{{"a", 1}}), kDomain);
+  {
+    const FilePreferences::Transaction transaction(*store, kDomain);
+    replaceFile(file(), plist({{"Dock_Defaults", Dictionary{{"a", 1}, {"foreign", 2}}}}));
+    EXPECT_EQ(store->copyAppValue("other", kDomain), std::nullopt);
+    store->setAppValue("Dock_Defaults", Value(Dictionary{{"a", 1}, {"own", 3}}), kDomain);
+  }
+  EXPECT_EQ(stored(), Value(Dictionary{{"Dock_Defaults", Dictionary{{"a", 1}, {"foreign", 2}, {"own", 3}}}}));
+}
+
 TEST_F(FilePreferencesTest, ServesWaitingWritersInTurn) {
   newStore()->setAppValue("a", Value(1), kDomain);
   const int lock = ::open(beside(".lock").c_str(), O_RDWR | O_CLOEXEC);
