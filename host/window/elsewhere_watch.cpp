@@ -13,6 +13,8 @@ namespace {
 
 /// How soon it is looked again whether the user has let go.
 constexpr int kRetryMilliseconds = 50;
+/// How soon a store that can't be read is tried again: access may come back without any change in its folders.
+constexpr int kUnreadMilliseconds = 1000;
 
 }  // namespace
 
@@ -21,6 +23,8 @@ ElsewhereWatch::ElsewhereWatch(linux::BackgroundPreferences& preferences, std::f
     : preferences_(preferences), folders_(std::move(folders)), navigation_(navigation) {
   due_.setSingleShot(true);
   retry_.setInterval(kRetryMilliseconds);
+  unread_.setInterval(kUnreadMilliseconds);
+  connect(&unread_, &QTimer::timeout, this, &ElsewhereWatch::check);
   connect(&due_, &QTimer::timeout, this, &ElsewhereWatch::check);
   connect(&retry_, &QTimer::timeout, this, &ElsewhereWatch::check);
   connect(&watcher_, &QFileSystemWatcher::directoryChanged, this, &ElsewhereWatch::checkSoon);
@@ -39,6 +43,7 @@ void ElsewhereWatch::checkSoon() {
 void ElsewhereWatch::check() {
   watchFolders();
   const auto places = preferences_.changedElsewhere();
+  noteReadable();
   if (places.empty()) return setChanged(false);
   if (isInUse()) return setChanged(concernsPages(places));
   rebuildPages();
@@ -64,12 +69,21 @@ bool ElsewhereWatch::isInUse() const {
 }
 
 void ElsewhereWatch::rebuildPages() {
+  emit aboutToRebuild();
   // A page may read what another one keeps, so that all are rebuilt.
   for (const auto& controller : navigation_.viewControllers()) {
     if (auto* page = dynamic_cast<frame::KVQuellarListController*>(controller.get())) page->reloadUserDefaults();
   }
   preferences_.acceptChanges();
   emit rebuilt();
+}
+
+void ElsewhereWatch::noteReadable() {
+  const bool isReadable = preferences_.wasRead(frame::kSettingsDomain);
+  if (!isReadable && !unread_.isActive()) unread_.start();
+  if (!isReadable || !unread_.isActive()) return;
+  unread_.stop();
+  emit readAgain();
 }
 
 void ElsewhereWatch::setChanged(bool changed) {

@@ -34,8 +34,11 @@ class ElsewhereWatch final : public QObject {
 
  signals:
   void changedChanged();
+  void aboutToRebuild();
   /// The pages were rebuilt from what another process has stored.
   void rebuilt();
+  /// The store can be read again, after it could not be.
+  void readAgain();
 
  private:
   void check();
@@ -43,6 +46,7 @@ class ElsewhereWatch final : public QObject {
   [[nodiscard]] bool isInUse() const;
   void rebuildPages();
   void setChanged(bool changed);
+  void noteReadable();
   void watchFolders();
   void watch(const QStringList& folders);
 
@@ -54,6 +58,8 @@ class ElsewhereWatch final : public QObject {
   QTimer due_;
   /// Runs while the pages wait to be rebuilt.
   QTimer retry_;
+  /// Runs while the store can't be read.
+  QTimer unread_;
   bool changed_ = false;
 };
 

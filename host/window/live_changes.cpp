@@ -29,6 +29,15 @@ void tellShown(QObject* item, bool shown) {
   QAccessible::updateAccessibility(&event);
 }
 
+void tellQuietly([[maybe_unused]] QObject* item, [[maybe_unused]] const QString& text) {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+  if (!item) return;
+  QAccessibleAnnouncementEvent event(item, text);
+  event.setPoliteness(QAccessible::AnnouncementPoliteness::Polite);
+  QAccessible::updateAccessibility(&event);
+#endif
+}
+
 LiveRows::LiveRows(QQuickItem& list, const QAbstractItemModel& model) : QObject(&list), list_(list) {
   connect(&model, &QAbstractItemModel::rowsInserted, this,
           [this, &model](const QModelIndex& parent, int first, int last) {

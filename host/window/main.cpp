@@ -80,13 +80,14 @@ int runWindow(const Options& options) {
   const QScreen& screen = *QGuiApplication::primaryScreen();
   SettingsWindow* shown = nullptr;
   const auto tell = [&shown](const quellar::host::linux::StoreTrouble& trouble) {
-    const std::string text = trouble.file + ": " + trouble.cause;
+    using Kind = quellar::host::linux::StoreTrouble::Kind;
+    const std::string text = trouble.file + ": " + (trouble.kind == Kind::Resolved ? "all is saved" : trouble.cause);
     std::cerr << "quellar-settings: " << printable(text) << std::endl;
-    // The store tells some troubles on its own thread, and some before the window is there.
+    // The store tells some troubles before the window is there.
     QMetaObject::invokeMethod(
         qApp,
-        [&shown, text] {
-          if (shown) shown->state().setTrouble(QString::fromStdString(text));
+        [&shown, trouble] {
+          if (shown) shown->trouble().tell(trouble);
         },
         Qt::QueuedConnection);
   };

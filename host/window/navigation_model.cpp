@@ -12,10 +12,7 @@ using platform::ViewController;
 
 NavigationModel::NavigationModel(platform::NavigationController& controller, const WindowResources& resources,
                                  QObject* parent)
-    : QAbstractListModel(parent),
-      controller_(controller),
-      dialog_(controller, resources.text, this),
-      reopenPage_(resources.reopenPage) {
+    : QAbstractListModel(parent), controller_(controller), dialog_(controller, resources.text, this) {
   controller_.setObserver(this);
 }
 
@@ -64,14 +61,6 @@ void NavigationModel::pressBar(const QString& side, QObject* page) {
   if (button && button->run) button->run();
 }
 
-void NavigationModel::reopen() {
-  if (!reopenPage_ || dialog_.shown()) return;
-  isReopening_ = true;
-  reopenPage_();
-  isReopening_ = false;
-  settle();
-}
-
 void NavigationModel::endEditing() {
   if (const auto page = controller_.topViewController()) page->endEditing();
 }
@@ -117,7 +106,7 @@ void NavigationModel::pushed(ViewController& controller) {
   const PageModel* beneath = top();
   const int place = depth();
   beginInsertRows({}, place, place);
-  auto* const page = new PageModel(controller, beneath ? beneath->controller() : nullptr, isReopening_, this);
+  auto* const page = new PageModel(controller, beneath ? beneath->controller() : nullptr, this);
   connect(page->rows(), &RowModel::aboutToBeTapped, this, [this, page] { uncover(*page); });
   pages_.insert(pages_.begin() + place, page);
   endInsertRows();

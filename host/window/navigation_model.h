@@ -41,8 +41,6 @@ class NavigationModel final : public QAbstractListModel, public platform::Naviga
   Q_INVOKABLE void back();
   /// Presses the bar button of a page at a side, "left" or "right"; of the page on top, unless another one is named.
   Q_INVOKABLE void pressBar(const QString& side, QObject* page = nullptr);
-  /// Opens the page on top anew, without any movement.
-  Q_INVOKABLE void reopen();
   /// Ends editing on the page on top, which commits the edited text.
   Q_INVOKABLE void endEditing();
   /// The view has moved a page that was popped off the screen.
@@ -73,8 +71,6 @@ class NavigationModel final : public QAbstractListModel, public platform::Naviga
 
   platform::NavigationController& controller_;
   DialogModel dialog_;
-  const std::function<void()> reopenPage_;
-  bool isReopening_ = false;
   /// Bottom first; pages that leave stand behind those on the stack.
   std::vector<PageModel*> pages_;
 };

@@ -95,13 +95,6 @@ void openPage(platform::Platform& platform, PageRegistry& pages, const PageRegis
   if (chain.back() != page.page->className) push(platform, page.page->className);
 }
 
-void reopenPage(platform::Platform& platform) {
-  const auto page = platform.navigation.topViewController();
-  if (!page) return;
-  platform.navigation.popViewController(false);
-  push(platform, page->className());
-}
-
 std::variant<frame::FoundRow, std::string> rowToOpen(platform::Platform& platform, const PageRegistry& pages,
                                                      std::string_view key) {
   auto& page = dynamic_cast<frame::KVQuellarListController&>(*platform.navigation.topViewController());

@@ -19,9 +19,6 @@ void openPage(platform::Platform& platform, frame::PageRegistry& pages, const fr
 /// The keys of the switches that show a page's blocks, from the outermost inwards.
 [[nodiscard]] std::vector<std::string> keysThatShowBlocks(const frame::Page& page);
 
-/// Opens the page on top anew, as a tap on its link would: it is another page then, which reads the store again.
-void reopenPage(platform::Platform& platform);
-
 /// The row of a key on the page on top: one that the page lists or that the user can bring in. A text that says why
 /// where nothing on the page shows such a row.
 [[nodiscard]] std::variant<frame::FoundRow, std::string> rowToOpen(platform::Platform& platform,

@@ -24,12 +24,8 @@ QVariantMap backButtonOver(const platform::ViewController* beneath) {
 
 }  // namespace
 
-PageModel::PageModel(platform::ViewController& controller, const platform::ViewController* beneath, bool inPlace,
-                     QObject* parent)
-    : QObject(parent),
-      controller_(&controller),
-      arriving_(beneath != nullptr && !inPlace),
-      backButton_(backButtonOver(beneath)) {
+PageModel::PageModel(platform::ViewController& controller, const platform::ViewController* beneath, QObject* parent)
+    : QObject(parent), controller_(&controller), arriving_(beneath != nullptr), backButton_(backButtonOver(beneath)) {
   auto* picker = dynamic_cast<cells::KVQuellarBackdropPickerViewController*>(&controller);
   if (picker) previews_ = new BackdropModel(*picker, this);
 }

@@ -37,10 +37,8 @@ class PageModel final : public QObject {
   Q_PROPERTY(bool arriving READ arriving CONSTANT)
 
  public:
-  /// Takes the screen and the one beneath it, which gives the back button its title; nullptr for the first one. One
-  /// that takes the place of another does not slide in.
-  PageModel(platform::ViewController& controller, const platform::ViewController* beneath, bool inPlace,
-            QObject* parent);
+  /// Takes the screen and the one beneath it, which gives the back button its title; nullptr for the first one.
+  PageModel(platform::ViewController& controller, const platform::ViewController* beneath, QObject* parent);
 
   [[nodiscard]] platform::ViewController* controller() const { return controller_; }
   [[nodiscard]] RowModel* rows() { return &rows_; }

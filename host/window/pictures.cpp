@@ -277,9 +277,11 @@ class Studio {
     wait([&elsewhere] { return !elsewhere.changed(); });
     save("notice");
     open(entry, false);
-    window_.state().setTrouble("/mnt/device/com.vantorick.quellar2.plist: No space left on device");
+    using Kind = linux::StoreTrouble::Kind;
+    const std::string file = "/mnt/device/com.vantorick.quellar2.plist";
+    window_.trouble().tell({Kind::Write, file, "No space left on device"});
     save("trouble");
-    window_.state().setTrouble({});
+    window_.trouble().tell({Kind::Resolved, file, {}});
   }
 
   void open(const frame::PageRegistry::Entry& entry, bool blocksOpen) {

@@ -17,6 +17,18 @@ namespace {
 
 const QString kView = kViewAddress + "Main.qml";
 
+TroubleTexts troubleTexts(const TextFinder& text) {
+  return {.unsaved = text("Your change is not saved."),
+          .unreadable = text("Your settings can’t be read now. They show as soon as they can be read."),
+          .damaged = text("The file of your settings is damaged. It is kept aside when you change something."),
+          .recovered = text("The file of your settings is damaged. What was saved before it is shown."),
+          .damagedKept = text("The file of your settings was damaged. The damaged one was kept."),
+          .replacedKept = text("A part of your settings could not be kept. The file with it was kept."),
+          .tryAgain = text("Try again"),
+          .showInFiles = text("Show in files"),
+          .dismiss = text("Dismiss")};
+}
+
 }  // namespace
 
 void chooseRenderer() {
@@ -42,6 +54,9 @@ SettingsWindow::SettingsWindow(platform::NavigationController& controller, const
                                double scale, const Appearance& appearance)
     : navigation_(controller, resources),
       state_(appearance),
+      trouble_(
+          troubleTexts(resources.text), [this] { return state_.isTouched(); }, resources.retryWrites),
+      elsewhere_(*resources.elsewhere),
       stepTexts_{.turnOn = resources.text("Turn on “%1$@” to see “%2$@”."),
                  .turnOnAgain = resources.text("Turn “%1$@” off and on again to see “%2$@”."),
                  .set = resources.text("Set “%1$@” to “%3$@” to see “%2$@”.")},
@@ -51,13 +66,15 @@ SettingsWindow::SettingsWindow(platform::NavigationController& controller, const
                {"backdrop", new BackdropProvider(resources.wallpaper)}}) {
   QObject::connect(&navigation_, &NavigationModel::topChanged, resources.elsewhere, &ElsewhereWatch::checkSoon);
   QObject::connect(&navigation_, &NavigationModel::topChanged, &state_, &WindowState::dismissHint);
+  QObject::connect(&elsewhere_, &ElsewhereWatch::readAgain, &trouble_, &TroubleModel::tellReadable);
+  elsewhere_.setHeld([this] { return state_.isPointerDown(); });
   QQmlComponent view(&engine_.get(), QUrl(kView));
   std::unique_ptr<QObject> made(view.createWithInitialProperties(
       {{"navigation", QVariant::fromValue<QObject*>(&navigation_)},
        {"status", QVariant::fromValue<QObject*>(&state_)},
+       {"trouble", QVariant::fromValue<QObject*>(&trouble_)},
        {"elsewhere", QVariant::fromValue<QObject*>(resources.elsewhere)},
-       {"texts", QVariantMap{{"changedElsewhere", resources.text("Changed elsewhere. Reopen to see it.")},
-                             {"reopen", resources.text("Reopen")}}},
+       {"texts", QVariantMap{{"changedElsewhere", resources.text("Changed elsewhere")}}},
        {"rowOrder", QVariant::fromValue<QObject*>(&order_)}}));
   window_.reset(qobject_cast<QQuickWindow*>(made.get()));
   if (!window_) throw std::runtime_error("the view of the window can't be loaded: " + view.errorString().toStdString());
@@ -65,6 +82,10 @@ SettingsWindow::SettingsWindow(platform::NavigationController& controller, const
   // Rows beyond the window are made between its frames.
   engine_.get().setIncubationController(window_->incubationController());
   window_->installEventFilter(&state_);
+}
+
+SettingsWindow::~SettingsWindow() {
+  elsewhere_.setHeld({});
 }
 
 void SettingsWindow::show(QSize size) {

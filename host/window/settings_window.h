@@ -10,6 +10,7 @@
 #include "host/window/confined_engine.h"
 #include "host/window/navigation_model.h"
 #include "host/window/row_order.h"
+#include "host/window/trouble_model.h"
 #include "host/window/window_resources.h"
 #include "host/window/window_state.h"
 #include "platform/navigation_controller.h"
@@ -30,10 +31,14 @@ class SettingsWindow {
   /// loaded.
   SettingsWindow(platform::NavigationController& controller, const WindowResources& resources, double scale,
                  const Appearance& appearance);
+  ~SettingsWindow();
+  SettingsWindow(const SettingsWindow&) = delete;
+  SettingsWindow& operator=(const SettingsWindow&) = delete;
 
   [[nodiscard]] QQuickWindow& window() { return *window_; }
   [[nodiscard]] NavigationModel& navigation() { return navigation_; }
   [[nodiscard]] WindowState& state() { return state_; }
+  [[nodiscard]] TroubleModel& trouble() { return trouble_; }
 
   void show(QSize size);
   /// Gives the focus to a row of the page on top, and scrolls to it; false where the page does not show it.
@@ -48,6 +53,8 @@ class SettingsWindow {
 
   NavigationModel navigation_;
   WindowState state_;
+  TroubleModel trouble_;
+  ElsewhereWatch& elsewhere_;
   /// What is said of a row that is to be set first.
   struct StepTexts {
     QString turnOn;

@@ -65,10 +65,10 @@ WindowPlatform::WindowPlatform(const WindowPlatformOptions& options)
                  .onTrouble = {},
                  .useBus = !options.throwaway}),
       wallpaperStandIn_(options.wallpaperStandIn),
-      preferences_(services_.deviceRoot, options.onTrouble,
-                   [this] {
-                     QMetaObject::invokeMethod(&mainThread_, [this] { preferences_.deliver(); }, Qt::QueuedConnection);
-                   }),
+      preferences_(
+          services_.deviceRoot, options.onTrouble,
+          [this] { QMetaObject::invokeMethod(&mainThread_, [this] { preferences_.deliver(); }, Qt::QueuedConnection); },
+          options.store),
       throwaway_(options.throwaway ? std::make_unique<ThrowawayPreferences>(preferences_) : nullptr),
       busNotifier_(services_.bus.descriptor(), QSocketNotifier::Read),
       device_(options.idiom, options.scale, options.width),
@@ -105,9 +105,12 @@ WindowResources WindowPlatform::resources() {
   const auto wallpaper = [this](QSize pixels) {
     return wallpaperFilling(services_.deviceRoot, pixels, linux::reportToSystemLog, wallpaperStandIn_);
   };
-  const auto reopenPage = [this] { window::reopenPage(platform_); };
-  return {
-      .readImage = readImage, .text = text, .wallpaper = wallpaper, .reopenPage = reopenPage, .elsewhere = &elsewhere_};
+  const auto retryWrites = [this] { preferences_.retry(); };
+  return {.readImage = readImage,
+          .text = text,
+          .wallpaper = wallpaper,
+          .retryWrites = retryWrites,
+          .elsewhere = &elsewhere_};
 }
 
 }  // namespace quellar::host::window

@@ -68,6 +68,7 @@ struct WindowPlatformOptions {
   bool throwaway = false;
   /// What stands for the wallpaper of a device without one; grey where it is empty.
   WallpaperStandIn wallpaperStandIn = {};
+  linux::BackgroundPreferencesOptions store = {};
   /// Is told of troubles of the store.
   linux::FilePreferences::TroubleListener onTrouble;
 };

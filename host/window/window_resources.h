@@ -19,8 +19,8 @@ struct WindowResources {
   ImageReader readImage;
   TextFinder text;
   WallpaperFinder wallpaper;
-  /// Opens the page on top anew, so that it reads the store again.
-  std::function<void()> reopenPage;
+  /// Writes at once what could not be written.
+  std::function<void()> retryWrites;
   ElsewhereWatch* elsewhere = nullptr;
 };
 

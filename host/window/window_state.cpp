@@ -3,15 +3,11 @@
 
 #include <QEvent>
 #include <QGuiApplication>
+#include <QMouseEvent>
 #include <QStyleHints>
+#include <utility>
 
 namespace quellar::host::window {
-
-void WindowState::setTrouble(const QString& trouble) {
-  if (trouble == trouble_) return;
-  trouble_ = trouble;
-  emit troubleChanged();
-}
 
 void WindowState::setHint(const QString& hint) {
   if (hint == hint_) return;
@@ -25,7 +21,36 @@ void WindowState::setKeyboardInUse(bool inUse) {
   emit keyboardInUseChanged();
 }
 
+bool WindowState::isTouched() const {
+  constexpr int kBetweenTaps = 300;
+  return isPointerDown() || (sinceTouch_.isValid() && sinceTouch_.elapsed() < kBetweenTaps);
+}
+
+void WindowState::notePointer(QEvent& event) {
+  switch (event.type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseMove:
+      // A release that went to another window shows with the next movement.
+      if (!std::exchange(mouseDown_, static_cast<QMouseEvent&>(event).buttons() != Qt::NoButton) && !mouseDown_) return;
+      break;
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+      touchDown_ = true;
+      break;
+    case QEvent::TouchEnd:
+    case QEvent::TouchCancel:
+      touchDown_ = false;
+      break;
+    default:
+      return;
+  }
+  sinceTouch_.start();
+}
+
 bool WindowState::eventFilter(QObject* watched, QEvent* event) {
+  notePointer(*event);
   switch (event->type()) {
     case QEvent::KeyPress:
       setKeyboardInUse(true);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
@@ -24,8 +25,6 @@ class WindowState final : public QObject {
   Q_PROPERTY(bool rightToLeft READ rightToLeft CONSTANT)
   /// The latest input came from the keyboard, so that the focus is to be seen.
   Q_PROPERTY(bool keyboardInUse READ keyboardInUse NOTIFY keyboardInUseChanged)
-  /// What the store could not do, "" for nothing.
-  Q_PROPERTY(QString trouble READ trouble NOTIFY troubleChanged)
   /// What is to be set first so that the row that was asked for shows; "" for nothing.
   Q_PROPERTY(QString hint READ hint NOTIFY hintChanged)
 
@@ -36,34 +35,38 @@ class WindowState final : public QObject {
   [[nodiscard]] bool reducedMotion() const { return appearance_.reducedMotion; }
   [[nodiscard]] bool rightToLeft() const { return appearance_.rightToLeft; }
   [[nodiscard]] bool keyboardInUse() const { return keyboardInUse_; }
-  [[nodiscard]] const QString& trouble() const { return trouble_; }
-
+  /// A mouse button or a finger is down.
+  [[nodiscard]] bool isPointerDown() const { return mouseDown_ || touchDown_; }
+  /// A pointer is down, or was so lately that the next tap may be on its way.
+  [[nodiscard]] bool isTouched() const;
   [[nodiscard]] const QString& hint() const { return hint_; }
 
-  void setTrouble(const QString& trouble);
   void setHint(const QString& hint);
   Q_INVOKABLE void dismissHint() { setHint({}); }
-  /// The user has read it.
-  Q_INVOKABLE void dismissTrouble() { setTrouble({}); }
   /// The view has brought an item into sight, or out of it, as a screen reader is to know.
   Q_INVOKABLE void tellShown(QObject* item, bool shown) const { window::tellShown(item, shown); }
+  /// The rows have other values now, which a screen reader may say when it has time.
+  Q_INVOKABLE void tellQuietly(QObject* item, const QString& text) const { window::tellQuietly(item, text); }
 
   /// Watches the input and the size of a window.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  signals:
   void keyboardInUseChanged();
-  void troubleChanged();
   void hintChanged();
   /// The window is about to take another size; nothing has changed its place yet.
   void resizing();
 
  private:
   void setKeyboardInUse(bool inUse);
+  void notePointer(QEvent& event);
 
   const Appearance appearance_;
   bool keyboardInUse_ = false;
-  QString trouble_;
+  bool mouseDown_ = false;
+  bool touchDown_ = false;
+  /// Since a pointer was last seen down.
+  QElapsedTimer sinceTouch_;
   QString hint_;
 };
 

@@ -155,16 +155,16 @@ TEST_F(AccessibleEventsTest, TellThatAColorCodeIsRefused) {
                   " 1 alert This is no color. A color has six digits from 0 to 9 and a to f, such as #41a9d6."));
 }
 
-TEST_F(AccessibleEventsTest, TellThatTheSettingsWereChangedElsewhere) {
-  AccessibleEvents events({kShowing});
+TEST_F(AccessibleEventsTest, TellOfASwitchThatAnotherProgramHasSet) {
+  constexpr const char* kChecked = "object:state-changed:checked";
+  AccessibleEvents events({kChecked});
   const AccessibleWindow window({"--page", "Dock"});
-  (void)window.find("check box", "Use Custom Count");
+  (void)window.find("check box", "Disable Blur");
   events.forget();
   storing("Dock_Defaults", {{"userDisablesBackgroundBlur", true}})(window.root());
   EXPECT_TRUE(eventually([&] {
     const auto lines = events.lines();
-    return std::ranges::find(lines, std::string(kShowing) + " 1 alert Changed elsewhere. Reopen to see it.") !=
-           lines.end();
+    return std::ranges::find(lines, std::string(kChecked) + " 1 check box Disable Blur") != lines.end();
   })) << testing::PrintToString(events.lines());
 }
 

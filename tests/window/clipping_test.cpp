@@ -399,14 +399,9 @@ TEST(Clipping, SparesNoticesAndPreviews) {
   for (const Manner manner : {Manner{"en", 1}, Manner{"ar-XB", 2}, Manner{"en-XA", 2}}) {
     Stage stage(manner);
     stage.open("Dock");
-    stage.window().state().setTrouble(
-        "/a/folder/with/a/long/name/somewhere/com.vantorick.quellar2.plist: cannot write");
-    const auto& entry = *stage.panel().pages().find("Dock");
-    stage.panel().throwaway()->setAppValue(entry.page->defaultsKey, Value(Dictionary{{"elsewhere", true}}),
-                                           frame::kSettingsDomain);
-    auto& elsewhere = *stage.panel().resources().elsewhere;
-    elsewhere.checkSoon();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return elsewhere.changed(); }));
+    stage.window().trouble().tell({host::linux::StoreTrouble::Kind::Write,
+                                   "/a/folder/with/a/long/name/somewhere/com.vantorick.quellar2.plist",
+                                   "cannot write"});
     for (const QSize size : {kNarrow, kNarrowColumns, kWide}) findings.add(stage.look(size));
     stage.open(std::make_shared<cells::KVQuellarBackdropPickerViewController>(stage.panel().platform(), "style",
                                                                               "Picture_Defaults"),

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "frame/list_controller.h"
 #include "host/linux/background_preferences.h"
 #include "host/window/elsewhere_watch.h"
 #include "window_fixture.h"
@@ -15,46 +16,36 @@ using platform::Dictionary;
 
 namespace elsewhere_test {
 
-constexpr const char* kNotice = "Changed elsewhere. Reopen to see it.";
-
 /// Another program that writes to the same store.
 class ElsewhereTest : public WindowTest {
  protected:
   QQuickItem* notice() {
     return findItem([](QQuickItem& item) {
-      return item.property("actionItem").isValid() && item.property("text").toString() == kNotice;
+      return item.property("passive").toBool() && item.property("text").toString() == "Changed elsewhere";
     });
   }
-  QQuickItem* reopen() {
-    QQuickItem* const shown = notice();
-    return shown ? shown->property("actionItem").value<QQuickItem*>() : nullptr;
+  bool isOn(const std::string& label) { return row(label)->property("checked").toBool(); }
+  bool turnsOn(const std::string& label) {
+    return eventually([&] { return isOn(label); });
   }
-  bool appears() {
-    return eventually([this] { return notice() != nullptr; });
-  }
-  bool goes() {
-    return eventually([this] { return notice() == nullptr; });
-  }
-  /// Lets everything that may still come come.
-  void wait() {
-    settle();
-    QTest::qWait(300);
+  static QPoint centre(const QQuickItem* item) {
+    return item->mapToScene(QPointF(item->width() / 2, item->height() / 2)).toPoint();
   }
 };
 
-TEST_F(ElsewhereTest, TellsThatAnotherProgramHasChangedThePage) {
+TEST_F(ElsewhereTest, ShowsWhatAnotherProgramHasSet) {
   open("Status Bar");
   store("StatusBar_Defaults", {{"usesLowercaseAMPM", true}});
-  EXPECT_TRUE(appears());
-  // The page keeps its copy.
-  EXPECT_FALSE(row("Lowercase AM/PM")->property("checked").toBool());
+  EXPECT_TRUE(turnsOn("Lowercase AM/PM"));
+  EXPECT_EQ(notice(), nullptr);
 }
 
-TEST_F(ElsewhereTest, TellsWhereNothingHadBeenStoredBefore) {
-  ASSERT_FALSE(std::filesystem::exists(root_.path() / "var"));
+TEST_F(ElsewhereTest, ShowsWithinASecondWhatIsSetOnAFirstRun) {
+  std::filesystem::remove(root_.path());
   open("Dock");
+  ASSERT_FALSE(std::filesystem::exists(root_.path()));
   store("Dock_Defaults", {{"userDisablesBackgroundBlur", true}});
-  EXPECT_TRUE(appears());
+  EXPECT_TRUE(QTest::qWaitFor([&] { return isOn("Disable Blur"); }, 1000));
 }
 
 TEST_F(ElsewhereTest, MissesNothingThatIsStoredWhileItComesToWatch) {
@@ -72,81 +63,116 @@ TEST_F(ElsewhereTest, MissesNothingThatIsStoredWhileItComesToWatch) {
     return {QString::fromStdString(folder.string())};
   };
   const host::window::ElsewhereWatch watch(seen, deepest, panel().navigation());
-  EXPECT_TRUE(eventually([&] { return row("Disable Blur")->property("checked").toBool(); }));
+  EXPECT_TRUE(turnsOn("Disable Blur"));
 }
 
-TEST_F(ElsewhereTest, SaysNothingOfItsOwnWritesAndOfOtherPages) {
+TEST_F(ElsewhereTest, ShowsTheSwitchOfTheFirstPage) {
+  open("Quellar");
+  const bool before = isOn("Enable");
+  host::linux::FilePreferences((host::linux::DeviceRoot(root_.path())))
+      .setAppValue("QLREnableKey", platform::Value(!before), "com.vantorick.quellar2");
+  EXPECT_TRUE(eventually([&] { return isOn("Enable") != before; }));
+}
+
+TEST_F(ElsewhereTest, RebuildsThePageOfSwitchesForTheirColors) {
+  open("Available Switches");
+  int rebuilds = 0;
+  QObject::connect(panel().resources().elsewhere, &host::window::ElsewhereWatch::rebuilt, &view(), [&] { ++rebuilds; });
+  const QPoint place = centre(row("Use Custom Colors"));
+  QTest::mousePress(&view(), Qt::LeftButton, {}, place);
+  store("ToggleColoring_Defaults", {{"com.example.wifi", "#ff0000"}});
+  EXPECT_TRUE(eventually([this] { return notice() != nullptr; }));
+  EXPECT_EQ(rebuilds, 0);
+  QTest::mouseRelease(&view(), Qt::LeftButton, {}, QPoint(-10, place.y()));
+  EXPECT_TRUE(eventually([&] { return rebuilds == 1 && notice() == nullptr; }));
+}
+
+TEST_F(ElsewhereTest, SaysAndRebuildsNothingForItsOwnWrites) {
   open("Status Bar");
+  int rebuilds = 0;
+  QObject::connect(panel().resources().elsewhere, &host::window::ElsewhereWatch::rebuilt, &view(), [&] { ++rebuilds; });
   click(row("Lowercase AM/PM"));
-  store("Dock_Defaults", {{"userDisablesBackgroundBlur", true}});
-  wait();
+  settle();
+  EXPECT_EQ(stored(), (Dictionary{{"usesLowercaseAMPM", true}}));
+  EXPECT_EQ(rebuilds, 0);
   EXPECT_EQ(notice(), nullptr);
 }
 
-TEST_F(ElsewhereTest, SaysNothingOfAValueThatCameBack) {
-  open("Status Bar");
-  click(row("Lowercase AM/PM"));
-  settle();
-  store("StatusBar_Defaults", {});
-  ASSERT_TRUE(appears());
-  store("StatusBar_Defaults", {{"usesLowercaseAMPM", true}});
-  EXPECT_TRUE(goes());
-}
-
-TEST_F(ElsewhereTest, ShowsTheNewValuesOnceThePageIsReopened) {
-  open("Status Bar");
-  store("StatusBar_Defaults", {{"usesLowercaseAMPM", true}});
-  ASSERT_TRUE(appears());
-  click(reopen());
-  EXPECT_TRUE(goes());
-  EXPECT_TRUE(row("Lowercase AM/PM")->property("checked").toBool());
-  EXPECT_EQ(panel().navigation().viewControllers().size(), 2U);
-  EXPECT_EQ(stored(), (Dictionary{{"usesLowercaseAMPM", true}}));
-}
-
-TEST_F(ElsewhereTest, StaysAtTheSameRowAndPlaceWithoutAnyMovement) {
+TEST_F(ElsewhereTest, KeepsTheFocusAndThePlaceAndMovesNothing) {
   open("Status Bar", {.reducedMotion = false});
   QMetaObject::invokeMethod(&view(), "revealRow", Q_ARG(QVariant, rows().indexOf("disablesBatterySTBIcon")));
   settle();
   ASSERT_EQ(focusedRow(), "Battery (+ Bolt)");
-  const double position = list()->property("contentY").toDouble() - list()->property("originY").toDouble();
+  const double position = list()->property("contentY").toDouble();
   ASSERT_GT(position, 100);
-  store("StatusBar_Defaults", {{"usesLowercaseAMPM", true}});
-  ASSERT_TRUE(appears());
-  click(reopen());
-  EXPECT_EQ(list()->parentItem()->property("shift").toReal(), 0);
+  QQuickItem* const battery = row("Battery (+ Bolt)");
+  store("StatusBar_Defaults", {{"disablesBatterySTBIcon", true}});
+  double over = -1;
+  QObject::connect(panel().resources().elsewhere, &host::window::ElsewhereWatch::rebuilt, &view(), [&] {
+    const auto* toggle = findItem([](QQuickItem& item) { return item.property("over").isValid(); }, battery);
+    over = toggle ? toggle->property("over").toDouble() : -2;
+  });
+  ASSERT_TRUE(eventually([&] { return over != -1; }));
+  EXPECT_TRUE(eventually([&] {
+    const auto* toggle = findItem([](QQuickItem& item) { return item.property("over").isValid(); }, battery);
+    return toggle && toggle->property("over").toDouble() == 1;
+  }));
   settle();
+  EXPECT_EQ(row("Battery (+ Bolt)"), battery);
   EXPECT_EQ(focusedRow(), "Battery (+ Bolt)");
-  EXPECT_NEAR(list()->property("contentY").toDouble() - list()->property("originY").toDouble(), position, 1);
+  EXPECT_NEAR(list()->property("contentY").toDouble(), position, 1);
 }
 
-TEST_F(ElsewhereTest, GoesWithThePagesNextWrite) {
+TEST_F(ElsewhereTest, WaitsWhileAPointerIsDownAndMovesNoRow) {
   open("Status Bar");
+  QQuickItem* const held = row("No Bold Text");
+  const QPoint place = centre(held);
+  QTest::mousePress(&view(), Qt::LeftButton, {}, place);
   store("StatusBar_Defaults", {{"usesLowercaseAMPM", true}});
-  ASSERT_TRUE(appears());
-  click(row("No Bold Text"));
-  EXPECT_TRUE(goes());
-  EXPECT_EQ(stored(), (Dictionary{{"userRequestsUnboldStatusBar", true}}));
+  ASSERT_TRUE(eventually([this] { return notice() != nullptr; }));
+  EXPECT_FALSE(isOn("Lowercase AM/PM"));
+  EXPECT_EQ(centre(held), place);
+  QTest::mouseRelease(&view(), Qt::LeftButton, {}, place);
+  EXPECT_TRUE(turnsOn("Lowercase AM/PM"));
+  EXPECT_TRUE(eventually([this] { return notice() == nullptr; }));
+  // The tap was made on the old values; it erases nothing.
+  EXPECT_EQ(stored(), (Dictionary{{"userRequestsUnboldStatusBar", true}, {"usesLowercaseAMPM", true}}));
 }
 
-TEST_F(ElsewhereTest, BelongsToThePageOnTop) {
+TEST_F(ElsewhereTest, WaitsWhileADialogIsShown) {
   open("Status Bar");
-  store("StatusBar_Defaults", {{"usesLowercaseAMPM", true}});
-  ASSERT_TRUE(appears());
-  press(Qt::Key_Escape);
+  platform::Dialog dialog;
+  dialog.title = "Sure?";
+  dialog.buttons.emplace_back().title = "OK";
+  panel().navigation().present(dialog);
   settle();
-  EXPECT_TRUE(goes());
+  store("StatusBar_Defaults", {{"usesLowercaseAMPM", true}});
+  ASSERT_TRUE(eventually([this] { return notice() != nullptr; }));
+  EXPECT_FALSE(isOn("Lowercase AM/PM"));
+  panel().navigation().dismiss();
+  EXPECT_TRUE(turnsOn("Lowercase AM/PM"));
+  EXPECT_TRUE(eventually([this] { return notice() == nullptr; }));
 }
 
-TEST_F(ElsewhereTest, IsReachedByTheKeyboard) {
-  open("Status Bar");
-  store("StatusBar_Defaults", {{"usesLowercaseAMPM", true}});
-  ASSERT_TRUE(appears());
-  QMetaObject::invokeMethod(list()->parentItem(), "enter", Q_ARG(QVariant, 1));
-  for (int tabs = 0; tabs < 3 && !reopen()->hasActiveFocus(); ++tabs) press(Qt::Key_Tab);
-  ASSERT_TRUE(reopen()->hasActiveFocus());
-  press(Qt::Key_Return);
-  EXPECT_TRUE(goes());
+TEST_F(ElsewhereTest, WaitsWhileATextIsEdited) {
+  open("Custom Carrier Strings");
+  click(row("Use Custom String"));
+  settle();
+  click(row("Use Custom String", 1));
+  settle();
+  QQuickItem* const text = findItem([](QQuickItem& item) { return item.inherits("QQuickTextInput"); });
+  ASSERT_NE(text, nullptr);
+  click(text);
+  ASSERT_TRUE(eventually([this] { return panel().navigation().keyboardVisible(); }));
+  int rebuilds = 0;
+  QObject::connect(panel().resources().elsewhere, &host::window::ElsewhereWatch::rebuilt, &view(), [&] { ++rebuilds; });
+  const auto* shown = dynamic_cast<frame::KVQuellarListController*>(&page());
+  ASSERT_NE(shown, nullptr);
+  store(shown->page().defaultsKey, {});
+  EXPECT_TRUE(eventually([this] { return notice() != nullptr; }));
+  EXPECT_EQ(rebuilds, 0);
+  press(Qt::Key_Escape);
+  EXPECT_TRUE(eventually([&] { return rebuilds > 0 && notice() == nullptr; }));
 }
 
 }  // namespace elsewhere_test

@@ -410,7 +410,7 @@ TEST(HostileNames, AreShownAsTheyAreWrittenThroughWhateverDoorTheyCome) {
     stage.panel().navigation().pushViewController(
         std::make_shared<cells::KVQuellarBackdropPickerViewController>(stage.panel().platform(), "style", "S"));
     stage.look(look);
-    stage.window().state().setTrouble(QString::fromStdString(device.hostile("banner")));
+    stage.window().trouble().tell({host::linux::StoreTrouble::Kind::Write, "/file", device.hostile("banner")});
     stage.look(look);
     // What is drawn or fetched on other threads has been asked for by now, and is told to this one.
     QTest::qWait(300);

@@ -37,13 +37,21 @@ WindowTest::~WindowTest() {
 
 WindowPlatform& WindowTest::panel() {
   if (!panel_) {
-    panel_ = std::make_unique<WindowPlatform>(host::window::WindowPlatformOptions{.deviceRoot = root_.path().string(),
-                                                                                  .language = "en",
-                                                                                  .idiom = idiom_,
-                                                                                  .scale = 1,
-                                                                                  .width = 390,
-                                                                                  .throwaway = false,
-                                                                                  .onTrouble = {}});
+    panel_ = std::make_unique<WindowPlatform>(host::window::WindowPlatformOptions{
+        .deviceRoot = root_.path().string(),
+        .language = "en",
+        .idiom = idiom_,
+        .scale = 1,
+        .width = 390,
+        .throwaway = false,
+        .store = {.file = {.lockLimit = 50ms}, .firstRetry = retryPause_, .lastRetry = 10 * retryPause_},
+        .onTrouble = [this](const host::linux::StoreTrouble& trouble) {
+          if (window_) {
+            window_->trouble().tell(trouble);
+          } else {
+            early_.push_back(trouble);
+          }
+        }});
   }
   return *panel_;
 }
@@ -53,6 +61,7 @@ void WindowTest::show(const Setup& setup) {
       panel().navigation(), panel().resources(), 1,
       host::window::Appearance{
           .textScale = setup.textScale, .reducedMotion = setup.reducedMotion, .rightToLeft = setup.rightToLeft});
+  for (const auto& trouble : std::exchange(early_, {})) window_->trouble().tell(trouble);
   window_->show(setup.size);
   view().requestActivate();
   ASSERT_TRUE(eventually([this] { return view().isActive() && view().isExposed(); }));

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QQuickItem>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -82,6 +83,8 @@ class WindowTest : public testing::Test {
   [[nodiscard]] QQuickItem* findItem(const std::function<bool(QQuickItem&)>& matches, QQuickItem* among = nullptr);
 
   TemporaryFolder root_;
+  /// How long a write that failed waits to be tried again by itself.
+  std::chrono::milliseconds retryPause_{250};
 
  private:
   void show(const Setup& setup);
@@ -89,6 +92,7 @@ class WindowTest : public testing::Test {
   PrivateBus bus_;
   std::unique_ptr<host::linux::Bus> listener_;
   std::vector<std::string> posts_;
+  std::vector<host::linux::StoreTrouble> early_;
   host::window::Idiom idiom_ = host::window::Idiom::phone;
   std::unique_ptr<host::window::WindowPlatform> panel_;
   std::unique_ptr<host::window::SettingsWindow> window_;

@@ -576,11 +576,11 @@ TEST_F(WindowTest, FadesThePictureOfTheTitleIn) {
 TEST_F(WindowTest, TellsATroubleOfTheStoreUntilItIsPutAway) {
   open("Status Bar");
   const double before = topOf(row("Custom Carrier Strings"));
-  settings().state().setTrouble("/somewhere/settings.plist: the disk is full");
+  settings().trouble().tell({host::linux::StoreTrouble::Kind::Write, "/somewhere/settings.plist", "the disk is full"});
   settle();
   const double below = topOf(row("Custom Carrier Strings"));
   EXPECT_GT(below, before + 40);
-  QTest::mouseClick(&view(), Qt::LeftButton, {}, QPoint(195, 80));
+  settings().trouble().dismiss();
   settle();
   EXPECT_EQ(topOf(row("Custom Carrier Strings")), before);
 }

@@ -7,11 +7,18 @@ FocusScope {
     id: banner
 
     required property string text
+    // More about it, in smaller type.
+    property string detail: ""
     property string action: ""
+    // What puts it away, "" where a tap does.
+    property string closing: ""
+    // It is there to be read alone, and what lies beneath can be used.
+    property bool passive: false
     property color ground: Theme.trouble
     property color textColor: Theme.troubleText
     property bool keyboardInUse: false
     property alias actionItem: button
+    property alias closeItem: closer
 
     signal dismissed
     signal acted
@@ -26,47 +33,78 @@ FocusScope {
 
         x: Theme.sideInset(banner.width)
         width: banner.width - 2 * x
-        height: stacked ? label.implicitHeight + 10 + button.implicitHeight : Math.max(Theme.target, label.implicitHeight + 20, button.visible ? button.implicitHeight : 0)
+        height: Math.max(Theme.target, 20 + lines.height + (buttons.visible ? buttons.height - 6 : 0))
         radius: Theme.corner
         color: banner.ground
 
-        // The offer stands under the line where it would leave too little room for it.
-        readonly property bool stacked: button.visible && button.wholeWidth > width * 0.45
+        Column {
+            id: lines
 
-        PlainText {
-            id: label
-
-            y: card.stacked ? 10 : (parent.height - height) / 2
+            y: buttons.visible ? 10 : (card.height - height) / 2
             anchors.left: parent.left
+            anchors.right: parent.right
             anchors.leftMargin: Theme.inset
-            anchors.right: button.visible && !card.stacked ? button.left : parent.right
-            anchors.rightMargin: button.visible && !card.stacked ? 8 : Theme.inset
-            text: banner.text
-            color: banner.textColor
-            font.pixelSize: Theme.smallSize
-            lineHeight: 1.25
-            wrapMode: Text.Wrap
-            horizontalAlignment: Text.AlignLeft
-            Accessible.ignored: true
+            anchors.rightMargin: Theme.inset
+            spacing: 4
+
+            PlainText {
+                width: parent.width
+                text: banner.text
+                color: banner.textColor
+                font.pixelSize: banner.detail === "" ? Theme.smallSize : Theme.labelSize
+                lineHeight: banner.detail === "" ? 1.25 : 1
+                wrapMode: Text.Wrap
+                horizontalAlignment: Text.AlignLeft
+                Accessible.ignored: true
+            }
+            PlainText {
+                visible: text !== ""
+                width: parent.width
+                text: banner.detail
+                color: banner.textColor
+                font.pixelSize: Theme.smallSize
+                wrapMode: Text.WrapAtWordBoundaryOrAnywhere
+                horizontalAlignment: Text.AlignLeft
+                Accessible.ignored: true
+            }
         }
         MouseArea {
             anchors.fill: parent
-            enabled: banner.action === ""
-            onClicked: banner.dismissed()
+            enabled: !banner.passive
+            onClicked: if (banner.closing === "")
+                banner.dismissed()
         }
-        BarButton {
-            id: button
+        Flow {
+            id: buttons
 
-            visible: banner.visible && banner.action !== ""
-            focus: true
-            y: card.stacked ? parent.height - height : (parent.height - height) / 2
+            visible: banner.visible && banner.closing !== ""
+            anchors.left: parent.left
             anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            anchors.leftMargin: 8
             anchors.rightMargin: 8
-            title: banner.action
-            done: true
-            longest: card.width - 16
-            keyboardInUse: banner.keyboardInUse
-            onTapped: banner.acted()
+            layoutDirection: Qt.RightToLeft
+
+            BarButton {
+                id: button
+
+                visible: buttons.visible && banner.action !== ""
+                focus: true
+                title: banner.action
+                done: true
+                longest: card.width - 16
+                keyboardInUse: banner.keyboardInUse
+                onTapped: banner.acted()
+            }
+            BarButton {
+                id: closer
+
+                visible: buttons.visible
+                title: banner.closing
+                longest: card.width - 16
+                keyboardInUse: banner.keyboardInUse
+                onTapped: banner.dismissed()
+            }
         }
     }
 
@@ -75,5 +113,7 @@ FocusScope {
         appeared()
     Accessible.role: Accessible.AlertMessage
     Accessible.name: text
-    Accessible.onPressAction: banner.action === "" ? banner.dismissed() : banner.acted()
+    Accessible.description: detail
+    Accessible.onPressAction: if (closing === "" && !passive)
+        dismissed()
 }

@@ -7,6 +7,7 @@ Window {
     required property QtObject navigation
     required property QtObject status
     required property QtObject rowOrder
+    required property QtObject trouble
     required property QtObject elsewhere
     required property var texts
 
@@ -43,6 +44,7 @@ Window {
         navigation: window.navigation
         status: window.status
         rowOrder: window.rowOrder
+        trouble: window.trouble
         elsewhere: window.elsewhere
         texts: window.texts
         enabled: dialogs.item === null || !dialogs.item.shown

@@ -10,6 +10,7 @@ FocusScope {
     required property QtObject navigation
     required property QtObject status
     required property QtObject rowOrder
+    required property QtObject trouble
     required property QtObject elsewhere
     required property var texts
 
@@ -23,14 +24,24 @@ FocusScope {
     readonly property Item anchorItem: pressedItem && pressedItem.visible ? pressedItem : topView ? topView.bar.rightItem : null
     readonly property int direction: LayoutMirroring.enabled ? -1 : 1
 
-    // The page is another one then, at the same place.
-    function reopen() {
-        const place = topView.place();
-        navigation.reopen();
-        topView.restore(place);
-    }
     function revealRow(index) {
         topView.list.show(index);
+    }
+
+    // Pages that show what another program has set stay as they lie, and nothing on them moves.
+    Connections {
+        target: stack.elsewhere
+        function onAboutToRebuild() {
+            Theme.still = true;
+            for (let index = 0; index < pages.count; ++index)
+                pages.itemAt(index)?.takePlace();
+        }
+        function onRebuilt() {
+            for (let index = 0; index < pages.count; ++index)
+                pages.itemAt(index)?.comeBack();
+            Theme.still = false;
+            stack.status.tellQuietly(stack.topView, stack.texts.changedElsewhere);
+        }
     }
 
     onTopViewChanged: if (topView)
@@ -72,9 +83,9 @@ FocusScope {
             }
 
             status: stack.status
-            notice: isOld ? stack.texts.changedElsewhere : stack.topView === view ? stack.status.hint : ""
-            noticeAction: isOld ? stack.texts.reopen : ""
-            onNoticeActed: stack.reopen()
+            notice: stack.topView === view ? stack.status.hint : ""
+            waiting: isOld ? stack.texts.changedElsewhere : ""
+            trouble: stack.topView === view ? stack.trouble : null
             rowOrder: stack.rowOrder
             width: beside ? stack.firstWidth : stack.width - leftEdge
             height: stack.height

@@ -20,30 +20,37 @@ FocusScope {
     readonly property Item grid: previews.item
     readonly property Flickable scroller: grid ? grid.flickable : list
 
-    // A line above the rows, and what it offers.
+    // A line above the rows, and one over them while the page waits to show other values.
     property string notice: ""
-    property string noticeAction: ""
+    property string waiting: ""
+    // What the store could not do; null where another page tells it.
+    property QtObject trouble: null
+    property var keptPlace: null
 
-    signal noticeActed
     signal backTapped
     signal barTapped(string side, Item button)
 
-    // Where the page is scrolled to, and the row that has the focus; and how to come back there.
+    // Where the page is scrolled to; and how to come back there.
     function place() {
         const top = list.indexAt(list.width / 2, list.contentY + 1);
         return {
-            focused: list.currentIndex,
             top: top,
             offset: top >= 0 ? list.contentY - list.itemAtIndex(top).y : list.contentY - list.originY
         };
     }
-    function restore(place) {
+    function takePlace() {
+        keptPlace = grid ? null : place();
+    }
+    function comeBack() {
+        const kept = keptPlace;
+        keptPlace = null;
+        if (!kept || kept.top < 0)
+            return;
         list.forceLayout();
-        list.currentIndex = Math.min(place.focused, list.count - 1);
-        list.positionViewAtIndex(Math.max(0, place.top), ListView.Beginning);
-        list.scrollBy(place.top >= 0 ? place.offset : place.offset + list.originY - list.contentY);
-        if (list.currentIndex >= 0)
-            list.forceActiveFocus();
+        const now = place();
+        // A scroll that goes on is left alone where no row has come or gone.
+        if (now.top !== kept.top || now.offset !== kept.offset)
+            list.keep(kept);
     }
     // Before the page goes: rows that are still being made must not outlive it.
     function close() {
@@ -84,7 +91,7 @@ FocusScope {
             barButtons()[0]?.forceActiveFocus(Qt.TabFocusReason);
     }
     function barButtons() {
-        return [bar.backItem, bar.leftItem, bar.rightItem, notice.actionItem].filter(item => item.visible);
+        return [bar.backItem, bar.leftItem, bar.rightItem, banner.actionItem, banner.closeItem].filter(item => item.visible);
     }
 
     Keys.onPressed: event => {
@@ -101,6 +108,8 @@ FocusScope {
             list.focusRow(list.rows.nextFocusable(list.count, -1));
         } else if (event.key === Qt.Key_Escape && list.editing) {
             list.rest();
+        } else if (event.key === Qt.Key_Escape && banner.visible) {
+            view.trouble.dismiss();
         } else if (event.key === Qt.Key_Escape || event.key === Qt.Key_Back || (event.key === Qt.Key_Left && event.modifiers & Qt.AltModifier) || (event.key === Qt.Key_Backspace && plain && !list.editing)) {
             view.backTapped();
         } else {
@@ -139,11 +148,9 @@ FocusScope {
         anchors.top: banner.bottom
         width: parent.width
         text: view.notice
-        action: view.noticeAction
         ground: Theme.selected
         textColor: Theme.title
         keyboardInUse: view.status.keyboardInUse
-        onActed: view.noticeActed()
         onDismissed: view.status.dismissHint()
         onAppeared: view.status.tellShown(notice, true)
     }
@@ -154,9 +161,31 @@ FocusScope {
         z: 1
         anchors.top: bar.bottom
         width: parent.width
-        text: view.status.trouble
-        onDismissed: view.status.dismissTrouble()
+        text: view.trouble ? view.trouble.text : ""
+        detail: view.trouble ? view.trouble.detail : ""
+        action: view.trouble ? view.trouble.action : ""
+        closing: view.trouble ? view.trouble.dismissal : ""
+        keyboardInUse: view.status.keyboardInUse
+        onActed: view.trouble.act()
+        onDismissed: view.trouble.dismiss()
+        // The focus does not go with it.
+        onVisibleChanged: if (!visible && focus)
+            view.grid ? view.grid.forceActiveFocus() : list.forceActiveFocus()
         onAppeared: view.status.tellShown(banner, true)
+    }
+
+    // Over the rows, since it comes while one of them is under the finger.
+    Banner {
+        id: waitingLine
+
+        z: 2
+        anchors.top: notice.bottom
+        width: parent.width
+        text: view.waiting
+        passive: true
+        ground: Theme.selected
+        textColor: Theme.title
+        onAppeared: view.status.tellShown(waitingLine, true)
     }
 
     ListView {
@@ -242,6 +271,16 @@ FocusScope {
             restItem.forceActiveFocus();
         }
         readonly property Item restItem: rest
+
+        // Lines that come or go above a page that is scrolled leave its rows where they are.
+        readonly property real pushed: banner.height + notice.height
+        property real pushedBefore: 0
+        onPushedChanged: {
+            const moved = pushed - pushedBefore;
+            pushedBefore = pushed;
+            if (!resettling.kept && contentY > originY + 1)
+                contentY = Math.max(originY, contentY + moved);
+        }
 
         anchors.top: notice.bottom
         anchors.bottom: parent.bottom

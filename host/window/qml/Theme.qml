@@ -7,6 +7,8 @@ import QtQuick
 QtObject {
     property real textScale: 1
     property bool reducedMotion: false
+    // Nothing that changes now moves.
+    property bool still: false
 
     readonly property color ground: "#eef2f6"
     readonly property color card: "#ffffff"
@@ -39,8 +41,8 @@ QtObject {
     readonly property int barSize: Math.round(17 * Math.min(textScale, 1.4))
 
     readonly property int slide: reducedMotion ? 0 : 320
-    readonly property int move: reducedMotion ? 0 : 260
-    readonly property int quick: reducedMotion ? 0 : 160
+    readonly property int move: reducedMotion || still ? 0 : 260
+    readonly property int quick: reducedMotion || still ? 0 : 160
 
     function text(points) {
         return Math.round(points * textScale);
