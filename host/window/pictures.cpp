@@ -128,8 +128,10 @@ class Studio {
                 .onTrouble = {}}),
         window_(panel_.navigation(), panel_.resources(), scale,
                 {.textScale = options.textSize / 100.0, .reducedMotion = true, .rightToLeft = panel_.isRightToLeft()}) {
-    window_.show(form.size);
-    window_.window().requestActivate();
+    // As the program starts: the first page is there before the window is shown.
+    window_.resize(form.size);
+    openPage(panel_.platform(), panel_.pages(), panel_.pages().entries().front());
+    window_.start();
   }
 
   void close() { window_.window().hide(); }

@@ -56,9 +56,16 @@ SettingsWindow::SettingsWindow(platform::NavigationController& controller, const
   window_->installEventFilter(&state_);
 }
 
-void SettingsWindow::show(QSize size) {
+void SettingsWindow::resize(QSize size) {
   window_->resize(size);
+  // The toolkit passes it on when the window is shown.
+  window_->contentItem()->setSize(size);
+}
+
+void SettingsWindow::start() {
+  navigation_.settle();
   window_->show();
+  window_->requestActivate();
 }
 
 bool SettingsWindow::revealRow(const QString& identifier) {
