@@ -18,6 +18,9 @@ void openPage(platform::Platform& platform, frame::PageRegistry& pages, const fr
 /// The keys of the switches that show a page's blocks, from the outermost inwards.
 [[nodiscard]] std::vector<std::string> keysThatShowBlocks(const frame::Page& page);
 
+/// Shows all blocks of a page, or none, as a user does: by its switches, and by the choices that blocks belong to.
+void showBlocks(platform::PSListController& page, bool shown);
+
 /// Opens the page on top anew, as a tap on its link would: it is another page then, which reads the store again.
 void reopenPage(platform::Platform& platform);
 

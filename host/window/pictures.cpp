@@ -289,15 +289,10 @@ class Studio {
     const bool isFirst = &entry == &panel_.pages().entries().front();
     popTo(isFirst ? 0 : 1);
     panel_.throwaway()->clear();
-    const auto keys = keysThatShowBlocks(*entry.page);
-    if (!keys.empty()) {
-      const auto stored = panel_.throwaway()->copyAppValue(entry.page->defaultsKey, frame::kSettingsDomain);
-      const auto* dictionary = stored ? stored->as<Dictionary>() : nullptr;
-      Dictionary values = dictionary ? *dictionary : Dictionary();
-      for (const std::string& key : keys) values.insert_or_assign(key, Value(blocksOpen));
-      panel_.throwaway()->setAppValue(entry.page->defaultsKey, Value(values), frame::kSettingsDomain);
-    }
     openPage(panel_.platform(), panel_.pages(), entry);
+    window_.navigation().settle();
+    auto* const page = dynamic_cast<platform::PSListController*>(panel_.navigation().topViewController().get());
+    showBlocks(*page, blocksOpen);
     window_.navigation().settle();
   }
 
