@@ -6,7 +6,6 @@ ListRow {
 
     required property bool checked
 
-    labelColor: Theme.accent
     trailingWidth: checked ? mark.width : 0
     trailing: Glyph {
         id: mark

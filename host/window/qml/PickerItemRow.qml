@@ -7,7 +7,6 @@ ListRow {
 
     required property bool checked
 
-    labelColor: Theme.title
     trailingWidth: mark.width
     trailing: Glyph {
         id: mark
