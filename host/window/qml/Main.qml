@@ -15,7 +15,8 @@ Window {
     }
 
     minimumWidth: 320
-    minimumHeight: 480
+    // What a desktop leaves of a landscape phone.
+    minimumHeight: 290
     color: Theme.ground
     title: navigation.top ? navigation.top.title : ""
 
