@@ -46,7 +46,11 @@ SettingsWindow::SettingsWindow(platform::NavigationController& controller, const
        {"status", QVariant::fromValue<QObject*>(&state_)},
        {"elsewhere", QVariant::fromValue<QObject*>(resources.elsewhere)},
        {"texts", QVariantMap{{"changedElsewhere", resources.text("Changed elsewhere. Reopen to see it.")},
-                             {"reopen", resources.text("Reopen")}}},
+                             {"reopen", resources.text("Reopen")},
+                             {"cut", resources.text("Cut")},
+                             {"copy", resources.text("Copy")},
+                             {"paste", resources.text("Paste")},
+                             {"selectAll", resources.text("Select All")}}},
        {"rowOrder", QVariant::fromValue<QObject*>(&order_)}}));
   window_.reset(qobject_cast<QQuickWindow*>(made.get()));
   if (!window_) throw std::runtime_error("the view of the window can't be loaded: " + view.errorString().toStdString());

@@ -14,6 +14,16 @@ Window {
         stack.revealRow(index);
     }
 
+    // Offers what can be done with the text of a line, at a place of the window.
+    function offerEdits(line, place, byTouch) {
+        if (edits.source.toString() === "")
+            edits.setSource("EditMenu.qml", {
+                status: window.status,
+                texts: window.texts
+            });
+        edits.item.open(line, place, byTouch);
+    }
+
     minimumWidth: 320
     // What a desktop leaves of a landscape phone.
     minimumHeight: 290
@@ -69,5 +79,12 @@ Window {
                 status: window.status,
                 stack: stack
             })
+    }
+
+    // The menu of the lines that are typed in, loaded with the first one that is shown.
+    Loader {
+        id: edits
+
+        anchors.fill: parent
     }
 }

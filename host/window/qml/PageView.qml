@@ -102,7 +102,7 @@ FocusScope {
         } else if (event.key === Qt.Key_End && plain) {
             list.focusRow(list.rows.nextFocusable(list.count, -1));
         } else if (event.key === Qt.Key_Escape && list.editing) {
-            list.rest();
+            list.rows.endEditing(list.currentIndex);
         } else if (event.key === Qt.Key_Escape || event.key === Qt.Key_Back || (event.key === Qt.Key_Left && event.modifiers & Qt.AltModifier) || (event.key === Qt.Key_Backspace && plain && !list.editing)) {
             view.backTapped();
         } else {
@@ -114,11 +114,6 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         color: Theme.ground
-    }
-
-    // Holds the focus while no row does.
-    Item {
-        id: rest
     }
 
     // The bar is read before the rows, and lies above them.
@@ -166,7 +161,7 @@ FocusScope {
         readonly property QtObject rows: view.page.rows
         readonly property bool keyboardInUse: view.status.keyboardInUse
         readonly property string detailClass: view.detailClass
-        readonly property bool editing: view.Window.activeFocusItem instanceof TextInput
+        readonly property bool editing: view.Window.activeFocusItem instanceof TextInput && !view.Window.activeFocusItem.readOnly
 
         // On a page that has just come up the focus starts at its first row; a text is not opened for that.
         function start() {
@@ -266,12 +261,6 @@ FocusScope {
         function restoreOrder() {
             view.rowOrder.restore(contentItem);
         }
-        // No row has the focus; the next one that the keys reach is the neighbour of the last.
-        function rest() {
-            view.forceActiveFocus();
-            restItem.forceActiveFocus();
-        }
-        readonly property Item restItem: rest
 
         anchors.top: notice.bottom
         anchors.left: parent.left
