@@ -72,7 +72,8 @@ PhoneWindow::PhoneWindow(const host::window::Appearance& appearance)
               .throwaway = true,
               .onTrouble = {}}),
       window_(panel_.navigation(), panel_.resources(), kPhoneScale, appearance) {
-  window_.show(kPhone);
+  window_.resize(kPhone);
+  window_.start();
 }
 
 void PhoneWindow::open(const std::string& name) {

@@ -104,6 +104,7 @@ int runWindow(const Options& options) {
                               .rightToLeft = panel.isRightToLeft()};
   SettingsWindow window(panel.navigation(), panel.resources(), screen.devicePixelRatio(), appearance);
   shown = &window;
+  window.resize(windowSize(screen));
 
   const auto& pages = panel.pages();
   const auto& entry = options.page ? *pages.find(*options.page) : pages.entries().front();
@@ -126,10 +127,7 @@ int runWindow(const Options& options) {
     if (queue.idle()) QCoreApplication::quit();
   });
 
-  window.navigation().settle();
-  window.show(windowSize(screen));
-  // Without a window manager nobody else gives the window the keyboard.
-  window.window().requestActivate();
+  window.start();
   if (row) window.leadTo(*row);
   const int code = QGuiApplication::exec();
   shown = nullptr;

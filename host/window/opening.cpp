@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "frame/page_walk.h"
+#include "frame/row_value.h"
 #include "platform/navigation_controller.h"
 
 namespace quellar::host::window {
@@ -64,21 +65,45 @@ void push(platform::Platform& platform, const std::string& className) {
   if (auto page = platform.classes.makeViewController(className)) platform.navigation.pushViewController(page);
 }
 
-void collectKeysThatShowBlocks(const std::vector<Row>& rows, std::vector<std::string>& keys) {
+// The blocks that a page opens with, from the outermost inwards.
+void collectBlocks(const std::vector<Row>& rows, std::vector<const Dependent*>& blocks) {
   for (const Row& row : rows) {
     const auto* block = std::get_if<Dependent>(&row.row);
     if (!block) continue;
-    if (!block->onlyInserted) keys.push_back(block->shownBy);
-    collectKeysThatShowBlocks(block->rows, keys);
+    if (!block->onlyInserted) blocks.push_back(block);
+    collectBlocks(block->rows, blocks);
   }
 }
 
 }  // namespace
 
 std::vector<std::string> keysThatShowBlocks(const frame::Page& page) {
+  std::vector<const Dependent*> blocks;
+  collectBlocks(page.rows, blocks);
   std::vector<std::string> keys;
-  collectKeysThatShowBlocks(page.rows, keys);
+  for (const Dependent* block : blocks) keys.push_back(block->shownBy);
   return keys;
+}
+
+void showBlocks(PSListController& page, bool shown) {
+  const auto* described = dynamic_cast<const frame::KVQuellarListController*>(&page);
+  if (!described) return;
+  std::vector<const Dependent*> blocks;
+  collectBlocks(described->page().rows, blocks);
+  // What lies within a block is reached while the block is shown.
+  if (!shown) std::ranges::reverse(blocks);
+  for (const Dependent* block : blocks) {
+    const auto row = page.specifierForID(block->shownBy);
+    if (!row) continue;
+    if (!block->shownAt) {
+      const auto now = frame::shownValue(*row);
+      if (shown != (now && now->boolValue())) page.userSetsValue(*row, platform::Value(shown));
+    } else if (const auto* other = shown ? nullptr : row->valueForKey("default")) {
+      page.userSetsValue(*row, *other);
+    } else if (shown) {
+      page.userSetsValue(*row, platform::Value(*block->shownAt));
+    }
+  }
 }
 
 void openPage(platform::Platform& platform, PageRegistry& pages, const PageRegistry::Entry& page) {

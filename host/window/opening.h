@@ -19,6 +19,9 @@ void openPage(platform::Platform& platform, frame::PageRegistry& pages, const fr
 /// The keys of the switches that show a page's blocks, from the outermost inwards.
 [[nodiscard]] std::vector<std::string> keysThatShowBlocks(const frame::Page& page);
 
+/// Shows all blocks of a page, or none, as a user does: by its switches, and by the choices that blocks belong to.
+void showBlocks(platform::PSListController& page, bool shown);
+
 /// The row of a key on the page on top: one that the page lists or that the user can bring in. A text that says why
 /// where nothing on the page shows such a row.
 [[nodiscard]] std::variant<frame::FoundRow, std::string> rowToOpen(platform::Platform& platform,

@@ -128,8 +128,10 @@ class Studio {
                 .onTrouble = {}}),
         window_(panel_.navigation(), panel_.resources(), scale,
                 {.textScale = options.textSize / 100.0, .reducedMotion = true, .rightToLeft = panel_.isRightToLeft()}) {
-    window_.show(form.size);
-    window_.window().requestActivate();
+    // As the program starts: the first page is there before the window is shown.
+    window_.resize(form.size);
+    openPage(panel_.platform(), panel_.pages(), panel_.pages().entries().front());
+    window_.start();
   }
 
   void close() { window_.window().hide(); }
@@ -289,15 +291,10 @@ class Studio {
     const bool isFirst = &entry == &panel_.pages().entries().front();
     popTo(isFirst ? 0 : 1);
     panel_.throwaway()->clear();
-    const auto keys = keysThatShowBlocks(*entry.page);
-    if (!keys.empty()) {
-      const auto stored = panel_.throwaway()->copyAppValue(entry.page->defaultsKey, frame::kSettingsDomain);
-      const auto* dictionary = stored ? stored->as<Dictionary>() : nullptr;
-      Dictionary values = dictionary ? *dictionary : Dictionary();
-      for (const std::string& key : keys) values.insert_or_assign(key, Value(blocksOpen));
-      panel_.throwaway()->setAppValue(entry.page->defaultsKey, Value(values), frame::kSettingsDomain);
-    }
     openPage(panel_.platform(), panel_.pages(), entry);
+    window_.navigation().settle();
+    auto* const page = dynamic_cast<platform::PSListController*>(panel_.navigation().topViewController().get());
+    showBlocks(*page, blocksOpen);
     window_.navigation().settle();
   }
 

@@ -122,9 +122,13 @@ void addSlider(ShownRow& row, const PSSliderTableCell& cell) {
   if (cell.showValue()) row.text = QString::fromStdString(cell.valueText());
   if (const auto* typed = dynamic_cast<const KVQuellarSliderCell*>(&cell)) {
     row.label = QString::fromStdString(typed->labelText().text);
+    row.titleColor = color(typed->labelText().color);
     row.tint = color(typed->minimumTrackTint);
     row.restTint = color(typed->maximumTrackTint);
-    if (const auto& footnote = typed->footerText()) row.footnote = QString::fromStdString(footnote->text);
+    if (const auto& footnote = typed->footerText()) {
+      row.footnote = QString::fromStdString(footnote->text);
+      row.footnoteColor = color(footnote->color);
+    }
   }
 }
 
@@ -138,6 +142,7 @@ void addStepper(ShownRow& row, const KVQuellarStepperCell& cell) {
   row.canIncrease = stepper.wraps || stepper.value < stepper.maximum;
   row.autorepeat = stepper.autorepeat;
   row.text = QString::fromStdString(cell.label().text);
+  row.textColor = color(cell.label().color);
 }
 
 // The place of the choice that a picker or segment row shows; nothing where what is stored is none of them.
@@ -171,6 +176,10 @@ ShownRow rowOf(PSListController& page, PSSpecifier& specifier, std::size_t place
   row.enabled = specifier.enabled();
   row.placeholder = QString::fromStdString(specifier.stringForKey("placeholder"));
   row.place = place;
+  if (const auto& cell = specifier.cell()) {
+    row.titleColor = color(cell->titleColor);
+    if (cell->onTint) row.tint = color(*cell->onTint);
+  }
   if (control == Control::toggle) {
     const auto shown = frame::shownValue(specifier);
     row.checked = shown && shown->boolValue();
@@ -190,10 +199,6 @@ ShownRow rowOf(PSListController& page, PSSpecifier& specifier, std::size_t place
   if (const auto* cell = dynamic_cast<const cells::KVQuellarColorPreviewTableCell*>(specifier.cell().get())) {
     const auto& drawn = cell->swatch();
     row.swatch = color(drawn.colorAt(drawn.pixelWidth / 2, drawn.pixelHeight / 2));
-  }
-  if (const auto& cell = specifier.cell()) {
-    row.titleColor = color(cell->titleColor);
-    if (cell->onTint) row.tint = color(*cell->onTint);
   }
   return row;
 }
@@ -287,6 +292,7 @@ const std::vector<Role>& roles() {
       {"rowEnabled", [](const ShownRow& row) { return row.enabled; }},
       {"footer", [](const ShownRow& row) { return row.footer; }},
       {"text", [](const ShownRow& row) { return row.text; }},
+      {"textColor", [](const ShownRow& row) { return row.textColor; }},
       {"placeholder", [](const ShownRow& row) { return row.placeholder; }},
       {"editing", [](const ShownRow& row) { return row.editing; }},
       {"first", [](const ShownRow& row) { return row.first; }},
@@ -295,6 +301,7 @@ const std::vector<Role>& roles() {
       {"tint", [](const ShownRow& row) { return row.tint; }},
       {"restTint", [](const ShownRow& row) { return row.restTint; }},
       {"footnote", [](const ShownRow& row) { return row.footnote; }},
+      {"footnoteColor", [](const ShownRow& row) { return row.footnoteColor; }},
       {"level", [](const ShownRow& row) { return row.level; }},
       {"minimum", [](const ShownRow& row) { return row.minimum; }},
       {"maximum", [](const ShownRow& row) { return row.maximum; }},

@@ -38,6 +38,8 @@ struct ShownRow {
   QString footer;
   /// The text of an entry, the number beside a slider or a stepper, or the title of a picker's choice.
   QString text;
+  /// The colour of a stepper's number.
+  QColor textColor;
   QString placeholder;
   bool editing = false;
   bool first = false;
@@ -47,6 +49,7 @@ struct ShownRow {
   /// The rest of a slider's track; invalid where the cell sets none.
   QColor restTint;
   QString footnote;
+  QColor footnoteColor;
   /// Where a slider's knob or a stepper stands, between which bounds, and how far one step of it goes.
   double level = 0;
   double minimum = 0;

@@ -69,13 +69,17 @@ SettingsWindow::SettingsWindow(platform::NavigationController& controller, const
   QObject::connect(&elsewhere_, &ElsewhereWatch::readAgain, &trouble_, &TroubleModel::tellReadable);
   elsewhere_.setHeld([this] { return state_.isPointerDown(); });
   QQmlComponent view(&engine_.get(), QUrl(kView));
-  std::unique_ptr<QObject> made(view.createWithInitialProperties(
-      {{"navigation", QVariant::fromValue<QObject*>(&navigation_)},
-       {"status", QVariant::fromValue<QObject*>(&state_)},
-       {"trouble", QVariant::fromValue<QObject*>(&trouble_)},
-       {"elsewhere", QVariant::fromValue<QObject*>(resources.elsewhere)},
-       {"texts", QVariantMap{{"changedElsewhere", resources.text("Changed elsewhere")}}},
-       {"rowOrder", QVariant::fromValue<QObject*>(&order_)}}));
+  std::unique_ptr<QObject> made(
+      view.createWithInitialProperties({{"navigation", QVariant::fromValue<QObject*>(&navigation_)},
+                                        {"status", QVariant::fromValue<QObject*>(&state_)},
+                                        {"trouble", QVariant::fromValue<QObject*>(&trouble_)},
+                                        {"elsewhere", QVariant::fromValue<QObject*>(resources.elsewhere)},
+                                        {"texts", QVariantMap{{"changedElsewhere", resources.text("Changed elsewhere")},
+                                                              {"cut", resources.text("Cut")},
+                                                              {"copy", resources.text("Copy")},
+                                                              {"paste", resources.text("Paste")},
+                                                              {"selectAll", resources.text("Select All")}}},
+                                        {"rowOrder", QVariant::fromValue<QObject*>(&order_)}}));
   window_.reset(qobject_cast<QQuickWindow*>(made.get()));
   if (!window_) throw std::runtime_error("the view of the window can't be loaded: " + view.errorString().toStdString());
   static_cast<void>(made.release());
@@ -88,9 +92,16 @@ SettingsWindow::~SettingsWindow() {
   elsewhere_.setHeld({});
 }
 
-void SettingsWindow::show(QSize size) {
+void SettingsWindow::resize(QSize size) {
   window_->resize(size);
+  // The toolkit passes it on when the window is shown.
+  window_->contentItem()->setSize(size);
+}
+
+void SettingsWindow::start() {
+  navigation_.settle();
   window_->show();
+  window_->requestActivate();
 }
 
 bool SettingsWindow::revealRow(const QString& identifier) {

@@ -40,7 +40,12 @@ class SettingsWindow {
   [[nodiscard]] WindowState& state() { return state_; }
   [[nodiscard]] TroubleModel& trouble() { return trouble_; }
 
-  void show(QSize size);
+  /// Gives the window its size, before its first page comes: a list that is made in a window without height is moved
+  /// from its top by the toolkit.
+  void resize(QSize size);
+  /// Shows the window with the pages that are there by now, and asks for the keyboard, which nobody gives it where
+  /// there is no window manager.
+  void start();
   /// Gives the focus to a row of the page on top, and scrolls to it; false where the page does not show it.
   bool revealRow(const QString& identifier);
   /// Leads the user to a row of the page on top: to the row itself, or to the one that is to be set first, with a line

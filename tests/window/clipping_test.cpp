@@ -224,11 +224,9 @@ class Stage {
     const auto& entry = *panel_.pages().find(name);
     popTo(&entry == &panel_.pages().entries().front() ? 0 : 1);
     panel_.throwaway()->clear();
-    Dictionary values;
-    for (const std::string& key : host::window::keysThatShowBlocks(*entry.page)) values.emplace(key, Value(true));
-    if (!values.empty())
-      panel_.throwaway()->setAppValue(entry.page->defaultsKey, Value(values), frame::kSettingsDomain);
     host::window::openPage(panel_.platform(), panel_.pages(), entry);
+    host::window::showBlocks(
+        *std::dynamic_pointer_cast<platform::PSListController>(panel_.navigation().topViewController()), true);
     window_.navigation().settle();
     page_ = name;
   }
@@ -369,7 +367,8 @@ TEST(Clipping, SparesEveryDialog) {
       Stage stage(manner, idiom);
       const auto look = [&] {
         ASSERT_TRUE(stage.panel().navigation().dialog());
-        for (const QSize size : {QSize(320, 480), QSize(700, 480), QSize(2560, 1600)}) findings.add(stage.look(size));
+        for (const QSize size : {QSize(320, 290), QSize(320, 480), QSize(700, 290), QSize(2560, 1600)})
+          findings.add(stage.look(size));
       };
       stage.open("Quellar");
       stage.window().navigation().pressBar("right");

@@ -30,7 +30,7 @@ WindowTest::WindowTest() {
 }
 
 WindowTest::~WindowTest() {
-  window_.reset();
+  closeWindow();
   panel_.reset();
   qunsetenv("DBUS_SESSION_BUS_ADDRESS");
 }
@@ -56,30 +56,34 @@ WindowPlatform& WindowTest::panel() {
   return *panel_;
 }
 
-void WindowTest::show(const Setup& setup) {
+void WindowTest::make(const Setup& setup) {
+  idiom_ = setup.idiom;
   window_ = std::make_unique<SettingsWindow>(
       panel().navigation(), panel().resources(), 1,
       host::window::Appearance{
           .textScale = setup.textScale, .reducedMotion = setup.reducedMotion, .rightToLeft = setup.rightToLeft});
   for (const auto& trouble : std::exchange(early_, {})) window_->trouble().tell(trouble);
-  window_->show(setup.size);
-  view().requestActivate();
+  window_->resize(setup.size);
+}
+
+void WindowTest::start() {
+  window_->start();
   ASSERT_TRUE(eventually([this] { return view().isActive() && view().isExposed(); }));
+  settle();
 }
 
 void WindowTest::open(const std::string& name, const Setup& setup) {
-  idiom_ = setup.idiom;
-  show(setup);
+  make(setup);
   const auto* entry = panel().pages().find(name);
   ASSERT_NE(entry, nullptr) << name;
   host::window::openPage(panel().platform(), panel().pages(), *entry);
-  settle();
+  start();
 }
 
-void WindowTest::open(std::shared_ptr<platform::PSListController> page) {
-  show({});
+void WindowTest::open(std::shared_ptr<platform::PSListController> page, const Setup& setup) {
+  make(setup);
   panel().navigation().pushViewController(std::move(page));
-  settle();
+  start();
 }
 
 void WindowTest::closeWindow() {

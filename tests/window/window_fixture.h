@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bus/private_bus.h"
@@ -35,11 +36,12 @@ class WindowTest : public testing::Test {
     bool rightToLeft = false;
     double textScale = 1;
   };
-  /// Opens the window at a page ("Status Bar").
+  /// Opens the window at a page ("Status Bar"), as the program does: the pages are there before the window is shown.
   void open(const std::string& name, const Setup& setup);
   void open(const std::string& name) { open(name, Setup{}); }
   /// Opens the window at a page made by the test.
-  void open(std::shared_ptr<platform::PSListController> page);
+  void open(std::shared_ptr<platform::PSListController> page, const Setup& setup);
+  void open(std::shared_ptr<platform::PSListController> page) { open(std::move(page), Setup{}); }
   /// Makes the panel, for tests that need it before the window is there.
   host::window::WindowPlatform& panel();
   void closeWindow();
@@ -87,7 +89,8 @@ class WindowTest : public testing::Test {
   std::chrono::milliseconds retryPause_{250};
 
  private:
-  void show(const Setup& setup);
+  void make(const Setup& setup);
+  void start();
 
   PrivateBus bus_;
   std::unique_ptr<host::linux::Bus> listener_;

@@ -22,10 +22,13 @@ Item {
     readonly property bool tight: !title.pictured && titleLength.advanceWidth > width - 2 * (side + Math.max(back.wholeWidth, right.visible ? right.width : 0)) - 8
     readonly property real sidesWidth: Math.max(leading.width, right.visible ? right.width : 0)
 
-    implicitHeight: Math.max(52, Theme.barSize * 1.3 + 24)
+    implicitHeight: Math.max(52, Math.ceil(Theme.barSize * 1.3) + 24)
 
+    // What goes from sight to wholly under an opaque rectangle in one frame is not erased by the software renderer: it
+    // leaves out the place where that was. One with a radius is never taken for opaque; below 1 it is drawn square.
     Rectangle {
         anchors.fill: parent
+        radius: 0.5
         color: Theme.ground
     }
     Rectangle {
@@ -35,6 +38,7 @@ Item {
         color: Qt.darker(Theme.hairline, 1.1)
         opacity: bar.lifted ? 1 : 0
         Behavior on opacity {
+            enabled: Theme.quick > 0
             NumberAnimation {
                 duration: Theme.quick
             }
@@ -123,7 +127,7 @@ Item {
             width: Math.max(0, Math.min(implicitWidth, title.room))
             sourceSize.height: Math.round(height * Screen.devicePixelRatio)
             fillMode: Image.PreserveAspectFit
-            source: title.pictured ? bar.page.titleImage + (bar.page.titleImageIsTemplate ? "/" + Theme.hex(Theme.title) : "") : ""
+            source: title.pictured ? bar.page.titleImage + (bar.page.titleImageIsTemplate ? "/" + Theme.hex(Theme.accent) : "") : ""
             opacity: bar.page.titleAlpha
             Accessible.ignored: true
 

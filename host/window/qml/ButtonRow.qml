@@ -7,7 +7,6 @@ ListRow {
     required property bool checked
     readonly property bool accessibleControl: true
 
-    labelColor: Theme.accent
     trailingWidth: checked ? mark.width : 0
     trailing: Glyph {
         id: mark

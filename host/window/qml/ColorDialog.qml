@@ -334,7 +334,7 @@ FocusScope {
                             border.width: panel.model.refusal !== "" || (code.activeFocus) ? 2 : 1
                             border.color: panel.model.refusal !== "" ? Theme.danger : code.activeFocus ? Theme.accent : "#33162433"
 
-                            TextInput {
+                            LineInput {
                                 id: code
 
                                 // While what is typed goes to the model and comes back, the cursor stays where it is.
@@ -346,15 +346,8 @@ FocusScope {
                                 anchors.fill: parent
                                 anchors.leftMargin: 12
                                 anchors.rightMargin: 12
-                                verticalAlignment: TextInput.AlignVCenter
                                 // A code reads from left to right in every language.
-                                horizontalAlignment: TextInput.AlignLeft
                                 LayoutMirroring.enabled: false
-                                clip: true
-                                color: Theme.title
-                                selectionColor: "#bfe0f1"
-                                selectedTextColor: Theme.title
-                                selectByMouse: true
                                 maximumLength: 200
                                 inputMethodHints: Qt.ImhNoPredictiveText | Qt.ImhNoAutoUppercase | Qt.ImhPreferLatin
                                 font.pixelSize: Theme.labelSize
@@ -364,6 +357,8 @@ FocusScope {
                                 Keys.onReturnPressed: panel.dialog.choose()
                                 Keys.onEnterPressed: panel.dialog.choose()
                                 onActiveFocusChanged: {
+                                    if (offering)
+                                        return;
                                     if (activeFocus)
                                         selectAll();
                                     else if (panel.dialog.shown && Window.activeFocusItem)

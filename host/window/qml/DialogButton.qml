@@ -14,7 +14,7 @@ FocusScope {
 
     signal tapped
 
-    height: (apart ? 8 : 0) + Math.max(54, label.implicitHeight + 28)
+    height: (apart ? 8 : 0) + Math.max(54, Math.ceil(label.implicitHeight) + 28)
 
     Keys.onSpacePressed: tapped()
     Keys.onReturnPressed: tapped()

@@ -34,7 +34,7 @@ Column {
             anchors.fill: parent
             onClicked: entry.start()
         }
-        TextInput {
+        LineInput {
             id: field
 
             function show() {
@@ -45,13 +45,6 @@ Column {
             anchors.fill: parent
             anchors.leftMargin: 14
             anchors.rightMargin: 14
-            verticalAlignment: TextInput.AlignVCenter
-            horizontalAlignment: TextInput.AlignLeft
-            clip: true
-            color: Theme.title
-            selectionColor: "#bfe0f1"
-            selectedTextColor: Theme.title
-            selectByMouse: true
             font.pixelSize: Theme.titleSize
             inputMethodHints: entry.dialog.numeric ? Qt.ImhFormattedNumbersOnly : Qt.ImhNone
 

@@ -20,7 +20,19 @@ FocusScope {
     readonly property bool sheet: dialog.kind === "sheet" && !popover
     // 0 away, 1 fully there.
     property real presence: shown ? 1 : 0
-    readonly property point anchorPoint: popover ? anchorItem.mapToItem(overlay, anchorItem.width / 2, anchorItem.height) : Qt.point(0, 0)
+    // The middle of the button's lower edge. It is added up from what places the button, so that it is found anew when
+    // one of these changes; mapToItem() would be asked once.
+    readonly property point anchorPoint: {
+        if (!popover)
+            return Qt.point(0, 0);
+        let x = anchorItem.width / 2;
+        let y = anchorItem.height;
+        for (let item = anchorItem; item && item !== stack; item = item.parent) {
+            x += item.x;
+            y += item.y;
+        }
+        return Qt.point(x, y);
+    }
 
     function moveFocus(step) {
         const stops = entry.visible ? entry.stops() : [];
@@ -140,13 +152,14 @@ FocusScope {
 
         width: breadth
         height: column.height
-        x: overlay.popover ? Math.max(10, Math.min(overlay.width - width - 10, overlay.anchorPoint.x - width + 60)) : (overlay.width - width) / 2
+        // On whole points, as are the heights of its parts: between two of them the ground beneath would show.
+        x: Math.round(overlay.popover ? Math.max(10, Math.min(overlay.width - width - 10, overlay.anchorPoint.x - width + 60)) : (overlay.width - width) / 2)
         y: {
             if (overlay.popover)
-                return overlay.anchorPoint.y + 8;
+                return Math.round(overlay.anchorPoint.y + 8);
             if (overlay.sheet)
-                return overlay.height - (height + 12) * overlay.presence;
-            return Math.max(8, (overlay.height - Qt.inputMethod.keyboardRectangle.height - height) / 2);
+                return Math.round(overlay.height - (height + 12) * overlay.presence);
+            return Math.round(Math.max(8, (overlay.height - Qt.inputMethod.keyboardRectangle.height - height) / 2));
         }
         opacity: overlay.sheet ? 1 : overlay.presence
 
@@ -161,6 +174,15 @@ FocusScope {
             anchors.fill: parent
         }
 
+        // Points may be parts of pixels: no gap between the cards lets through what is beneath.
+        Rectangle {
+            x: 1
+            y: 1
+            width: parent.width - 2
+            height: choices.y + choices.joined - 2
+            radius: Theme.corner - 1
+            color: Theme.card
+        }
         Column {
             id: column
 
@@ -169,7 +191,7 @@ FocusScope {
             // What is said scrolls where the window is too low for all of it; the buttons stay.
             Item {
                 width: parent.width
-                height: Math.min(scroller.contentHeight, Math.max(Theme.target, panel.highest - choices.height))
+                height: Math.floor(Math.min(scroller.contentHeight, Math.max(Theme.target, panel.highest - choices.height)))
 
                 Card {
                     anchors.fill: parent
@@ -179,7 +201,7 @@ FocusScope {
                     id: scroller
 
                     anchors.fill: parent
-                    contentHeight: texts.height + 40
+                    contentHeight: Math.ceil(texts.height) + 40
                     clip: interactive
                     interactive: contentHeight > height
                     boundsBehavior: Flickable.StopAtBounds
@@ -228,6 +250,12 @@ FocusScope {
             // The cancel button of a sheet stands last and apart, wherever the dialog lists it.
             Column {
                 id: choices
+
+                // The height of those that are joined to what is said.
+                readonly property real joined: {
+                    const last = buttons.count > 0 ? buttons.itemAt(buttons.count - 1) : null;
+                    return height - (last && last.apart ? last.height : 0);
+                }
 
                 width: parent.width
 

@@ -11,7 +11,7 @@ Item {
     required property string footer
 
     width: ListView.view ? ListView.view.width : 0
-    height: text.implicitHeight + 10
+    height: Math.ceil(text.implicitHeight) + 10
 
     PlainText {
         id: text

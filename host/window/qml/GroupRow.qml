@@ -12,7 +12,7 @@ Item {
     readonly property bool titled: label !== ""
 
     width: ListView.view ? ListView.view.width : 0
-    height: titled ? (index === 0 ? 8 : 26) + title.implicitHeight + 8 : (index === 0 ? 0 : 24)
+    height: titled ? (index === 0 ? 8 : 26) + Math.ceil(title.implicitHeight) + 8 : (index === 0 ? 0 : 24)
 
     PlainText {
         id: title

@@ -17,7 +17,6 @@ FocusScope {
     required property color titleColor
 
     readonly property ListView list: ListView.view
-    property color labelColor: row.titleColor
     property bool pressable: true
     // The row stands for the page that is shown beside it.
     property bool selected: false
@@ -50,7 +49,8 @@ FocusScope {
     }
 
     width: ListView.view ? ListView.view.width : 0
-    implicitHeight: lineHeight + belowHeight
+    // Between two points an edge is drawn anew over what was there.
+    implicitHeight: Math.ceil(lineHeight + belowHeight)
     height: implicitHeight
 
     // A page that lies beneath another one is not there for a screen reader.
@@ -121,7 +121,7 @@ FocusScope {
             anchors.right: row.stacked ? trailingSlot.right : trailingSlot.left
             anchors.rightMargin: row.trailingWidth > 0 && !row.stacked ? 12 : 0
             text: row.label
-            color: row.labelColor
+            color: row.titleColor
             opacity: row.rowEnabled ? 1 : 0.4
             font.pixelSize: Theme.labelSize
             wrapMode: Text.Wrap

@@ -15,8 +15,19 @@ Window {
         stack.revealRow(index);
     }
 
+    // Offers what can be done with the text of a line, at a place of the window.
+    function offerEdits(line, place, byTouch) {
+        if (edits.source.toString() === "")
+            edits.setSource("EditMenu.qml", {
+                status: window.status,
+                texts: window.texts
+            });
+        edits.item.open(line, place, byTouch);
+    }
+
     minimumWidth: 320
-    minimumHeight: 480
+    // What a desktop leaves of a landscape phone.
+    minimumHeight: 290
     color: Theme.ground
     title: navigation.top ? navigation.top.title : ""
 
@@ -70,5 +81,12 @@ Window {
                 status: window.status,
                 stack: stack
             })
+    }
+
+    // The menu of the lines that are typed in, loaded with the first one that is shown.
+    Loader {
+        id: edits
+
+        anchors.fill: parent
     }
 }

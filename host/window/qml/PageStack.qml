@@ -229,7 +229,7 @@ FocusScope {
         sourceSize.height: Math.round(height * Screen.devicePixelRatio)
         fillMode: Image.PreserveAspectFit
         opacity: 0.22
-        source: visible ? page.titleImage + (page.titleImageIsTemplate ? "/" + Theme.hex(Theme.title) : "") : ""
+        source: visible ? page.titleImage + (page.titleImageIsTemplate ? "/" + Theme.hex(Theme.accent) : "") : ""
         Accessible.ignored: true
     }
 }

@@ -32,10 +32,12 @@ FocusScope {
 
     // Where the page is scrolled to; and how to come back there.
     function place() {
-        const top = list.indexAt(list.width / 2, list.contentY + 1);
+        // A list that has no height yet begins at its top.
+        const moved = list.height > 0 ? list.contentY - list.originY : 0;
+        const top = moved < 1 ? -1 : list.indexAt(list.width / 2, list.contentY + 1);
         return {
             top: top,
-            offset: top >= 0 ? list.contentY - list.itemAtIndex(top).y : list.contentY - list.originY
+            offset: top >= 0 ? list.contentY - list.itemAtIndex(top).y : Math.max(0, moved)
         };
     }
     function takePlace() {
@@ -101,13 +103,13 @@ FocusScope {
         } else if (event.key === Qt.Key_Backtab || (event.key === Qt.Key_Up && plain)) {
             moveFocus(-1);
         } else if (event.key === Qt.Key_PageDown || event.key === Qt.Key_PageUp) {
-            list.scrollBy((event.key === Qt.Key_PageDown ? 0.85 : -0.85) * list.height);
+            list.page(event.key === Qt.Key_PageDown ? 1 : -1);
         } else if (event.key === Qt.Key_Home && plain) {
             list.focusRow(list.rows.nextFocusable(-1, 1));
         } else if (event.key === Qt.Key_End && plain) {
             list.focusRow(list.rows.nextFocusable(list.count, -1));
         } else if (event.key === Qt.Key_Escape && list.editing) {
-            list.rest();
+            list.rows.endEditing(list.currentIndex);
         } else if (event.key === Qt.Key_Escape && banner.visible) {
             view.trouble.dismiss();
         } else if (event.key === Qt.Key_Escape || event.key === Qt.Key_Back || (event.key === Qt.Key_Left && event.modifiers & Qt.AltModifier) || (event.key === Qt.Key_Backspace && plain && !list.editing)) {
@@ -121,11 +123,6 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         color: Theme.ground
-    }
-
-    // Holds the focus while no row does.
-    Item {
-        id: rest
     }
 
     // The bar is read before the rows, and lies above them.
@@ -194,7 +191,7 @@ FocusScope {
         readonly property QtObject rows: view.page.rows
         readonly property bool keyboardInUse: view.status.keyboardInUse
         readonly property string detailClass: view.detailClass
-        readonly property bool editing: view.Window.activeFocusItem instanceof TextInput
+        readonly property bool editing: view.Window.activeFocusItem instanceof TextInput && !view.Window.activeFocusItem.readOnly
 
         // On a page that has just come up the focus starts at its first row; a text is not opened for that.
         function start() {
@@ -227,16 +224,41 @@ FocusScope {
             reveal(index);
         }
         function reveal(index) {
+            const distance = outOfSight(index);
+            if (distance !== 0)
+                scrollBy(distance);
+        }
+        // How far a row is out of sight, with a gap; below zero above the view.
+        function outOfSight(index) {
             const item = itemAtIndex(index);
             if (!item)
-                return;
+                return 0;
             const gap = 12;
             const above = item.y - gap - contentY;
             const below = item.y + item.height + gap - (contentY + height);
-            if (above < 0)
-                scrollBy(above);
-            else if (below > 0)
-                scrollBy(Math.min(below, above));
+            return above < 0 ? above : Math.max(0, Math.min(below, above));
+        }
+        // Scrolls by a page and takes the focus along, to the row nearest to where it was seen; at either end to the last
+        // row there. A text is not opened for that.
+        function page(direction) {
+            const seen = currentItem ? Math.max(0, Math.min(height, currentItem.y - contentY)) : direction > 0 ? 0 : height;
+            const before = contentY;
+            scrollBy(direction * 0.85 * height);
+            const wanted = contentY === before ? direction * Infinity : contentY + seen;
+            let nearest = -1;
+            for (let row = rows.nextFocusable(-1, 1); row >= 0; row = rows.nextFocusable(row, 1)) {
+                const item = itemAtIndex(row);
+                const inSight = item && item.y >= contentY && item.y + item.height <= contentY + height;
+                if (!inSight || rows.kindAt(row) === "text")
+                    continue;
+                const best = nearest < 0 ? null : itemAtIndex(nearest);
+                if (!best || wanted === Infinity || (wanted !== -Infinity && Math.abs(item.y - wanted) < Math.abs(best.y - wanted)))
+                    nearest = row;
+            }
+            if (nearest < 0)
+                return;
+            currentIndex = nearest;
+            forceActiveFocus(Qt.TabFocusReason);
         }
         // Brings a row to the upper part of the view, where what belongs to it is seen below.
         function show(index) {
@@ -248,29 +270,30 @@ FocusScope {
             focusRow(index);
         }
         function scrollBy(distance) {
+            resettling.kept = null;
+            moveBy(distance);
+        }
+        function moveBy(distance) {
             cancelFlick();
             const lowest = originY + Math.max(0, contentHeight - height);
-            contentY = Math.max(originY, Math.min(lowest, contentY + distance));
+            // The toolkit rounds what rests between two points, at a moment of its own.
+            contentY = Math.max(originY, Math.min(lowest, Math.round(contentY + distance)));
         }
         function keep(place) {
-            if (place.top < 0)
+            if (height <= 0)
                 return;
             forceLayout();
-            positionViewAtIndex(place.top, ListView.Beginning);
-            scrollBy(place.offset);
+            if (place.top >= 0 && !itemAtIndex(place.top))
+                positionViewAtIndex(place.top, ListView.Beginning);
+            const item = itemAtIndex(place.top);
+            moveBy((item ? item.y + Math.min(place.offset, item.height - 1) : originY + place.offset) - contentY);
             if (place.follows)
-                reveal(currentIndex);
+                moveBy(outOfSight(currentIndex));
         }
         // A function of this list alone: of calls that wait for one and the same function only the last is made.
         function restoreOrder() {
             view.rowOrder.restore(contentItem);
         }
-        // No row has the focus; the next one that the keys reach is the neighbour of the last.
-        function rest() {
-            view.forceActiveFocus();
-            restItem.forceActiveFocus();
-        }
-        readonly property Item restItem: rest
 
         // Lines that come or go above a page that is scrolled leave its rows where they are.
         readonly property real pushed: banner.height + notice.height
@@ -283,9 +306,10 @@ FocusScope {
         }
 
         anchors.top: notice.bottom
-        anchors.bottom: parent.bottom
         anchors.left: parent.left
         anchors.right: parent.right
+        // A window that is not shown yet has no height: the toolkit would move a list that is less than nothing high.
+        height: Math.max(0, view.height - y)
         focus: !view.page.previews
         visible: !view.page.previews
         model: rows
@@ -309,32 +333,51 @@ FocusScope {
         }
         onCountChanged: Qt.callLater(start)
         // Rows become higher or lower in a window of another width; the one at the top stays there.
-        onWidthChanged: if (resettling.kept)
-            keep(resettling.kept)
+        onWidthChanged: if (resettling.running)
+            resettling.keep()
+        onHeightChanged: if (resettling.running)
+            resettling.keep()
+        // A movement that leads nowhere is the toolkit's own, which brings a list back into its bounds.
+        onMovementEnded: if (!resettling.running && !resettling.keeping && contentY !== resettling.settledAt)
+            resettling.kept = null
 
         Connections {
             target: view.status
             function onResizing() {
                 // A window may be told of one size more than once.
-                if (resettling.kept)
-                    return;
-                const current = list.currentItem;
-                // What has the focus is to be seen, if it was.
-                resettling.kept = Object.assign(view.place(), {
-                    follows: current !== null && current.y + current.height > list.contentY && current.y < list.contentY + list.height
-                });
+                if (!resettling.kept || (!resettling.running && resettling.rows !== list.count)) {
+                    const current = list.currentItem;
+                    // What has the focus is to be seen, if it was.
+                    resettling.kept = Object.assign(view.place(), {
+                        follows: current !== null && current.y + current.height > list.contentY && current.y < list.contentY + list.height
+                    });
+                }
                 resettling.start();
             }
         }
+        // Holds one place through all sizes until the list is scrolled: a place taken anew from each size would be a
+        // little off it each time.
         Timer {
             id: resettling
 
             property var kept: null
+            property bool keeping: false
+            property real settledAt: 0
+            property int rows: 0
+
+            function keep() {
+                if (!kept)
+                    return;
+                keeping = true;
+                list.keep(kept);
+                keeping = false;
+            }
 
             interval: 0
             onTriggered: {
-                list.keep(kept);
-                kept = null;
+                keep();
+                settledAt = list.contentY;
+                rows = list.count;
             }
         }
 

@@ -8,7 +8,6 @@ ListRow {
     required property bool checked
     readonly property bool accessibleControl: true
 
-    labelColor: Theme.title
     trailingWidth: mark.width
     trailing: Glyph {
         id: mark

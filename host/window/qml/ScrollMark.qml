@@ -18,6 +18,7 @@ Rectangle {
     opacity: list.moving ? 0.5 : 0
 
     Behavior on opacity {
+        enabled: Theme.quick > 0
         NumberAnimation {
             duration: Theme.quick * 2
         }

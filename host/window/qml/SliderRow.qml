@@ -8,6 +8,7 @@ ListRow {
 
     required property string text
     required property string footnote
+    required property color footnoteColor
     required property color tint
     required property color restTint
     required property real level
@@ -141,7 +142,7 @@ ListRow {
             width: row.room
             opacity: row.rowEnabled ? 1 : 0.4
             text: row.footnote
-            color: Theme.quiet
+            color: row.footnoteColor
             font.pixelSize: Theme.smallSize
             wrapMode: Text.Wrap
             horizontalAlignment: Text.AlignLeft

@@ -38,7 +38,6 @@ Item {
         height: 4
         radius: 2
         color: track.restTint
-        opacity: 0.8
     }
     Rectangle {
         anchors.verticalCenter: parent.verticalCenter

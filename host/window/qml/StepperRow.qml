@@ -6,6 +6,7 @@ ListRow {
     id: row
 
     required property string text
+    required property color textColor
     required property real level
     required property real minimum
     required property real maximum
@@ -52,7 +53,7 @@ ListRow {
             anchors.right: ground.left
             anchors.rightMargin: 14
             text: row.text
-            color: Theme.title
+            color: row.textColor
             font.pixelSize: Theme.labelSize
             Accessible.ignored: true
         },

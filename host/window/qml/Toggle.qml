@@ -25,7 +25,7 @@ Rectangle {
     }
 
     Behavior on over {
-        enabled: track.ready
+        enabled: track.ready && Theme.quick > 0
         NumberAnimation {
             duration: Theme.quick
             easing.type: Easing.OutCubic
