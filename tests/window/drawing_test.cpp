@@ -116,7 +116,7 @@ TEST_F(Drawing, LeavesNothingBehindAfterAJumpInTwoColumns) {
 
 TEST_F(Drawing, LeavesNothingBehindAfterAJumpBeneathANotice) {
   open("Status Bar", {.size = {390, 600}});
-  settings().state().setTrouble("/somewhere/settings.plist: the disk is full");
+  settings().trouble().tell({host::linux::StoreTrouble::Kind::Write, "/somewhere/settings.plist", "the disk is full"});
   settle();
   jumpAbout();
 }
