@@ -4,6 +4,7 @@
 #include <QImage>
 #include <QTest>
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
@@ -193,26 +194,29 @@ TEST_F(Drawing, HasNoSlitsBetweenTheButtonsOfADialogInAnyWindow) {
       view().resize(size);
       ASSERT_TRUE(eventually([&] { return view().contentItem()->size() == QSizeF(size); }));
       settle();
-      QQuickItem* first = nullptr;
-      QRectF all;
+      std::vector<QRectF> buttons;
       const std::function<void(QQuickItem*)> collect = [&](QQuickItem* item) {
         if (!item->isVisible()) return;
-        if (item->property("apart").isValid()) {
-          if (!first) first = item;
-          all |= inScene(item);
-        }
+        if (item->property("apart").isValid()) buttons.push_back(inScene(item));
         for (QQuickItem* child : item->childItems()) collect(child);
       };
       collect(view().contentItem());
-      ASSERT_NE(first, nullptr);
-      // From the texts through the buttons, beside every letter: card and hairlines alone.
+      ASSERT_FALSE(buttons.empty());
       const QImage image = drawn();
       const double scale = view().devicePixelRatio();
-      const int x = static_cast<int>((all.left() + 4) * scale);
-      for (int y = static_cast<int>((all.top() - 30) * scale); y < static_cast<int>((all.bottom() - 14) * scale); ++y) {
-        const QColor pixel = image.pixelColor(x, y);
-        EXPECT_GE(pixel.red(), 0xdf) << what << ": " << pixel.name().toStdString() << " at " << y << " of " << all.top()
-                                     << " to " << all.bottom() << ", " << size.width() << " x " << size.height();
+      for (const QRectF& button : buttons) {
+        EXPECT_EQ(button.top(), std::round(button.top())) << what;
+        EXPECT_EQ(button.bottom(), std::round(button.bottom())) << what;
+        // Around its upper edge, where no letter is: card and hairline alone.
+        for (int y = static_cast<int>((button.top() - 4) * scale); y < static_cast<int>((button.top() + 4) * scale);
+             ++y) {
+          for (int x = static_cast<int>((button.left() + 1) * scale);
+               x < static_cast<int>((button.right() - 1) * scale); ++x) {
+            const QColor pixel = image.pixelColor(x, y);
+            ASSERT_GE(pixel.red(), 0xdf) << what << ": " << pixel.name().toStdString() << " at " << x << ", " << y
+                                         << " by " << button.top() << ", " << size.width() << " x " << size.height();
+          }
+        }
       }
       EXPECT_EQ(stale(), "") << what << ", " << size.width() << " x " << size.height();
     }

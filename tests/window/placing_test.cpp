@@ -84,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(Of, EveryPage, testing::ValuesIn(pageNames()), [](const
 });
 
 TEST_F(Placing, StaysAtTheSamePointOfTheSameRowThroughFortyResizesByOnePixel) {
-  for (const double place : {130.0, 250.0, 301.0}) {
+  for (const double place : {60.0, 130.0, 250.0, 301.0}) {
     for (const QSize step : {QSize(1, 0), QSize(1, 1)}) {
       SCOPED_TRACE(std::to_string(place) + " " + std::to_string(step.height()));
       open("Alerts", {.size = {390, 500}});

@@ -31,10 +31,9 @@ Item {
         radius: 0.5
         color: Theme.ground
     }
-    Rectangle {
+    Hairline {
         anchors.bottom: parent.bottom
         width: parent.width
-        height: 1 / Screen.devicePixelRatio
         color: Qt.darker(Theme.hairline, 1.1)
         opacity: bar.lifted ? 1 : 0
         Behavior on opacity {

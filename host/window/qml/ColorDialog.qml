@@ -408,10 +408,8 @@ FocusScope {
         width: parent.width
         height: stacked ? cancel.height + choose.height : Math.max(cancel.height, choose.height)
 
-        Rectangle {
+        Hairline {
             width: parent.width
-            height: 1 / Screen.devicePixelRatio
-            color: Theme.hairline
         }
         PanelButton {
             id: cancel

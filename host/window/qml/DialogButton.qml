@@ -33,11 +33,9 @@ FocusScope {
         last: button.last
         color: area.pressed ? Theme.pressed : Theme.card
 
-        Rectangle {
+        Hairline {
             visible: !button.first
             width: parent.width
-            height: 1 / Screen.devicePixelRatio
-            color: Theme.hairline
         }
         PlainText {
             id: label

@@ -140,14 +140,12 @@ FocusScope {
             opacity: row.rowEnabled ? 1 : 0.4
         }
 
-        Rectangle {
+        Hairline {
             visible: !row.last
             anchors.bottom: parent.bottom
             anchors.right: parent.right
             anchors.left: parent.left
             anchors.leftMargin: row.labelStart
-            height: 1 / Screen.devicePixelRatio
-            color: Theme.hairline
         }
     }
 }

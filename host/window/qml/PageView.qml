@@ -347,9 +347,9 @@ FocusScope {
                 // A window may be told of one size more than once.
                 if (!resettling.kept || (!resettling.running && resettling.rows !== list.count)) {
                     const current = list.currentItem;
-                    // What has the focus is to be seen, if it was.
+                    // What has the focus is to be seen, if all of it was.
                     resettling.kept = Object.assign(view.place(), {
-                        follows: current !== null && current.y + current.height > list.contentY && current.y < list.contentY + list.height
+                        follows: current !== null && current.y >= list.contentY && current.y + current.height <= list.contentY + list.height
                     });
                 }
                 resettling.start();
