@@ -54,9 +54,7 @@ class ColorRows : public WindowTest {
   }
 
   std::string storedColor(const char* key, const char* colorKey) {
-    host::linux::FilePreferences store((host::linux::DeviceRoot(root_.path())));
-    const auto value = store.copyAppValue(key, kDomain);
-    const auto& dictionary = *value->as<platform::Dictionary>();
+    const platform::Dictionary dictionary = stored(key);
     const auto found = dictionary.find(colorKey);
     return found == dictionary.end() ? "" : *found->second.as<std::string>();
   }
