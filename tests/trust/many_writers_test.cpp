@@ -184,6 +184,8 @@ TEST(ManyWriters, LoseNoKeyTearNoFileAndNeverLockEachOtherOut) {
     ASSERT_TRUE(last) << name;
     if (name.ends_with("_Defaults")) {
       const std::optional<int> number = numberOf(next.copyAppValue(name, kTrustDomain));
+      // On a busy machine each life may have ended before its first write.
+      if (*last == 0 && !next.copyAppValue(name, kTrustDomain)) continue;
       ASSERT_TRUE(number) << name;
       EXPECT_GE(*number, *last) << name;
       EXPECT_LE(*number, lastOf(child->told(), "begun").value_or(*last)) << name;
