@@ -44,8 +44,12 @@ TEST_F(AccessibilityTest, NamesEveryRowByItsLabelAndRoleInReadingOrder) {
     host::linux::FilePreferences((host::linux::DeviceRoot(root.path())))
         .setAppValue("StatusBar_Defaults", Value(Dictionary{{"usesCustomCarrierText", true}}), kDomain);
   });
-  (void)window.find("heading", "WiFi Calling Carrier String");
-  auto listed = window.listed();
+  std::vector<std::pair<std::string, std::string>> listed;
+  // The last row comes after its heading.
+  EXPECT_TRUE(eventually([&] {
+    listed = window.listed();
+    return std::ranges::count(listed, std::pair<std::string, std::string>("check box", "Use Custom String")) == 4;
+  }));
   std::erase_if(listed, [](const auto& object) { return object.second.empty(); });
   ASSERT_GE(listed.size(), 2U);
   // The program and its window come first.
