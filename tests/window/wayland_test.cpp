@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -17,23 +18,23 @@ using platform::Value;
 class Compositor {
  public:
   explicit Compositor(std::vector<std::string> options) {
-    const auto socket = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / kSocket;
-    options.insert(options.begin(), {"weston", "--socket=" + std::string(kSocket)});
+    const auto socket = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / socket_;
+    options.insert(options.begin(), {"weston", "--socket=" + socket_});
     weston_ = std::make_unique<Process>(options);
     if (!eventually([&] { return std::filesystem::exists(socket); })) throw std::runtime_error("no compositor");
   }
 
   /// Opens the program's window on it, at a page.
   [[nodiscard]] AccessibleWindow open(const std::string& page) const {
-    const Here here;
+    const Here here(socket_);
     return AccessibleWindow({"--page", page});
   }
 
  private:
   // The environment of a program that starts here; the test itself stays on the display beneath.
   struct Here {
-    Here() {
-      ::setenv("WAYLAND_DISPLAY", kSocket, 1);
+    explicit Here(const std::string& socket) {
+      ::setenv("WAYLAND_DISPLAY", socket.c_str(), 1);
       ::setenv("QT_QPA_PLATFORM", "wayland", 1);
     }
     Here(const Here&) = delete;
@@ -44,7 +45,8 @@ class Compositor {
     }
   };
 
-  static constexpr const char* kSocket = "wayland-test";
+  /// Tests that run at the same time have a compositor each.
+  const std::string socket_ = "quellar-test-" + std::to_string(::getpid());
   std::unique_ptr<Process> weston_;
 };
 
@@ -70,7 +72,15 @@ TEST_F(WaylandTest, StartsIsClickedAndTypedInto) {
   const Compositor compositor({"--backend=x11-backend.so", "--shell=kiosk-shell.so", "--width=420", "--height=900"});
   const AccessibleWindow window = compositor.open("Custom Carrier Strings");
   const Accessible toggle = window.find("check box", "Use Custom String");
-  ASSERT_TRUE(eventually([&] { return toggle.extents().width >= 400; })) << "it fills the compositor's window";
+  // The compositor gives the window its size after its first frame, and the rows move once more then.
+  AtspiRect last{};
+  int unchanged = 0;
+  ASSERT_TRUE(eventually([&] {
+    const AtspiRect now = toggle.extents();
+    unchanged = now.y == last.y && now.width == last.width ? unchanged + 1 : 0;
+    last = now;
+    return now.width >= 400 && unchanged >= 20;
+  })) << "it fills the compositor's window";
   click(toggle);
   const Accessible entry = window.find("entry", "Text:");
   ASSERT_TRUE(eventually([&] { return stored(window) == Dictionary{{"usesCustomCarrierText", true}}; }));
